@@ -1,0 +1,252 @@
+// The resampling kernels, written once for both pixel sizes.
+//
+// Every formula is computed in double precision in the order given here: its rounding is part of the result.
+#include "render/pixels/kernels.h"
+
+#include "render/pixels/pixel_rows.h"
+
+#include <vector>
+
+namespace talx {
+namespace {
+
+constexpr double wholeTolerance = 1e-10;
+
+// The whole number above 1 that scale is within the tolerance of, or 0. Doubles from 2^20 on are further
+// apart than the tolerance sees, so that none of them counts as whole.
+std::int32_t wholeScale(double scale) {
+    if (!(scale > 1.0 && scale < 1048576.0))
+        return 0;
+    const double below = std::trunc(scale);
+    for (const double k : {below, below + 1.0}) {
+        if (k > scale - wholeTolerance && scale + wholeTolerance > k)
+            return static_cast<std::int32_t>(k);
+    }
+    return 0;
+}
+
+std::int64_t clampIndex(std::int64_t index, std::int32_t size) {
+    return std::clamp<std::int64_t>(index, 0, std::int64_t{size} - 1);
+}
+
+// Walks the source pixels that the destination shows, one step for each destination pixel from first on.
+class NearestWalk {
+public:
+    NearestWalk(std::int32_t first, double scale, std::int32_t sourceSize)
+        : position_(first), inverse_(1.0 / scale), sourceSize_(sourceSize), block_(wholeScale(scale)) {
+        if (block_ == 0)
+            return;
+        const double start = first / scale;
+        index_ = cutToInt64(std::floor(start));
+        phase_ = cutToInt64((start - std::floor(start)) * scale);
+        nextBlockIfDone();
+    }
+
+    std::int64_t next() {
+        if (block_ == 0)
+            return clampIndex(cutToInt64(static_cast<double>(position_++) * inverse_), sourceSize_);
+        const std::int64_t index = clampIndex(index_, sourceSize_);
+        ++phase_;
+        nextBlockIfDone();
+        return index;
+    }
+
+private:
+    // Rounding may make even the first phase a whole block.
+    void nextBlockIfDone() {
+        if (phase_ == block_) {
+            phase_ = 0;
+            ++index_;
+        }
+    }
+
+    std::int64_t position_;
+    double inverse_;
+    std::int32_t sourceSize_;
+    std::int32_t block_; // destination pixels for each source pixel; 0: not whole, computed singly
+    std::int64_t index_ = 0;
+    std::int64_t phase_ = 0;
+};
+
+template <class Pixel>
+void resampleNearest(const PlaneView& source, const PixelRows& destination, double scale,
+                     const Rect& target) {
+    if (source.width <= 0 || source.height <= 0 || target.empty())
+        return;
+    const std::int64_t width = target.width();
+    std::vector<std::int32_t> columns(static_cast<std::size_t>(width));
+    NearestWalk columnWalk(target.left, scale, source.width);
+    for (std::int32_t& column : columns)
+        column = static_cast<std::int32_t>(columnWalk.next());
+
+    NearestWalk rowWalk(target.top, scale, source.height);
+    std::int64_t shownRow = -1;
+    for (std::int64_t y = 0; y < target.height(); ++y) {
+        std::uint8_t* out = destination.data + y * destination.stride;
+        const std::int64_t row = rowWalk.next();
+        if (row == shownRow) {
+            std::memcpy(out, out - destination.stride, static_cast<std::size_t>(width) * sizeof(Pixel));
+            continue;
+        }
+        shownRow = row;
+        const std::uint8_t* in = source.data + row * source.stride;
+        const std::int32_t* column = columns.data();
+        writeRow<Pixel>(out, width, [=](std::ptrdiff_t x) {
+            return loadPixel<Pixel>(in + std::ptrdiff_t{column[x]} * sizeof(Pixel));
+        });
+    }
+}
+
+// Fixed point: 64-bit words with the whole part in the upper half and a fraction of 16 bits below it. They
+// wrap around, which only words without any meaning do.
+std::uint64_t toFixed(double v) {
+    return static_cast<std::uint64_t>(cutToInt64(v * 65536)) << 16;
+}
+
+std::int64_t wholePart(std::uint64_t fixed) {
+    return static_cast<std::int64_t>(fixed) >> 32;
+}
+
+// One axis of a centre-aligned call: first the destination pixels before the inner range, then the inner
+// ones, which are sampled, then those after it. begin is the first inner pixel in scaled-image coordinates.
+struct CentreAxis {
+    std::int64_t before = 0;
+    std::int64_t begin = 0;
+    std::int64_t inner = 0;
+    std::int64_t after = 0;
+
+    // From begin to end (exclusive) of the target with the computable range from first to last (exclusive),
+    // which is not empty. A target beside the range is moved to start on its nearest pixel: that pixel is
+    // then sampled and everything else is margin.
+    CentreAxis(std::int64_t from, std::int64_t to, std::int64_t first, std::int64_t last) {
+        if (to <= first || from >= last) {
+            begin = to <= first ? first : last - 1;
+            inner = 1;
+            after = to - from - 1;
+            return;
+        }
+        begin = std::max(from, first);
+        before = begin - from;
+        const std::int64_t end = std::min(to, last);
+        inner = end - begin;
+        after = to - end;
+    }
+};
+
+// The inner pixels of every row: the run of the source row that they show and the integer steps through it.
+struct CentreRun {
+    std::int64_t start = 0;     // first source pixel of the run
+    std::int64_t length = 0;    // pixels of the run inside the source, at least 1
+    std::int64_t stepped = 0;   // inner pixels that stay inside the run; the rest show its last pixel
+    std::uint64_t position = 0; // of the first inner pixel, relative to the run
+    std::uint64_t step = 0;
+
+    CentreRun(const CentreAxis& axis, double inverse, double offset, std::int32_t sourceWidth) {
+        const double mapped = static_cast<double>(axis.begin) * inverse - offset;
+        start = clampIndex(cutToInt64(mapped), sourceWidth);
+        const double mappedEnd = static_cast<double>(axis.begin + axis.inner) * inverse - offset;
+        length = std::clamp<std::int64_t>(cutToInt64(mappedEnd) - start + 2, 1, sourceWidth - start);
+        position = toFixed(mapped - static_cast<double>(start));
+        step = toFixed(inverse);
+
+        const std::uint64_t limit = static_cast<std::uint64_t>(length) << 32;
+        if (position >= limit)
+            stepped = 0;
+        else if (step == 0)
+            stepped = axis.inner;
+        else
+            stepped = static_cast<std::int64_t>(
+                std::min((limit - 1 - position) / step + 1, static_cast<std::uint64_t>(axis.inner)));
+    }
+};
+
+template <class Pixel>
+void fillPixels(std::uint8_t* out, std::int64_t count, Pixel pixel) {
+    writeRow<Pixel>(out, count, [=](std::ptrdiff_t) { return pixel; });
+}
+
+template <class Pixel>
+void resampleCentre(const PlaneView& source, const PixelRows& destination, double scale, const Rect& target) {
+    if (source.width <= 0 || source.height <= 0 || target.width() < 3 || target.height() < 3)
+        return;
+    const double inverse = 1.0 / scale;
+    const double offset = wholeScale(scale) != 0 ? 0.5 - 0.5 * inverse : 0.5;
+    const std::int64_t first = cutToInt64(std::ceil(offset * scale));
+    const auto end = [=](std::int32_t size) {
+        return cutToInt64(std::ceil((size - offset) * scale)) - 1;
+    };
+    const std::int64_t columnEnd = end(source.width);
+    const std::int64_t rowEnd = end(source.height);
+    if (first >= columnEnd || first >= rowEnd)
+        return resampleNearest<Pixel>(source, destination, scale, target);
+
+    const CentreAxis columns(target.left, target.right, first, columnEnd);
+    const CentreAxis rows(target.top, target.bottom, first, rowEnd);
+    const CentreRun run(columns, inverse, offset, source.width);
+
+    // A buffer of the run's pixels would be larger than the target allows when the scale is small: most of
+    // them are then never sampled, and the steps go through the source row itself.
+    const bool buffered = run.length <= 4 * columns.inner + 2;
+    std::vector<std::uint8_t> buffer(buffered ? static_cast<std::size_t>(run.length) * sizeof(Pixel) : 0);
+
+    constexpr std::int64_t size = sizeof(Pixel);
+    const std::int64_t rowBytes = target.width() * size;
+    const auto outputRow = [&](std::int64_t y) {
+        return destination.data + y * destination.stride;
+    };
+
+    std::uint64_t rowPosition = toFixed(static_cast<double>(rows.begin) * inverse - offset);
+    std::int64_t shownRow = -1;
+    for (std::int64_t y = rows.before; y < rows.before + rows.inner; ++y, rowPosition += run.step) {
+        std::uint8_t* out = outputRow(y);
+        const std::int64_t row = clampIndex(wholePart(rowPosition), source.height);
+        if (row == shownRow) {
+            std::memcpy(out, out - destination.stride, static_cast<std::size_t>(rowBytes));
+            continue;
+        }
+        shownRow = row;
+        const std::uint8_t* in = source.data + row * source.stride + run.start * size;
+        if (buffered) {
+            std::memcpy(buffer.data(), in, buffer.size());
+            in = buffer.data();
+        }
+        std::uint8_t* inner = out + columns.before * size;
+        writeRow<Pixel>(inner, run.stepped, [in, position = run.position, step = run.step](std::ptrdiff_t x) {
+            return loadPixel<Pixel>(in + wholePart(position + static_cast<std::uint64_t>(x) * step) * size);
+        });
+        fillPixels(inner + run.stepped * size, columns.inner - run.stepped,
+                   loadPixel<Pixel>(in + (run.length - 1) * size));
+        fillPixels(out, columns.before, loadPixel<Pixel>(inner));
+        std::uint8_t* afterInner = inner + columns.inner * size;
+        fillPixels(afterInner, columns.after, loadPixel<Pixel>(afterInner - size));
+    }
+    for (std::int64_t y = 0; y < rows.before; ++y)
+        std::memcpy(outputRow(y), outputRow(rows.before), static_cast<std::size_t>(rowBytes));
+    const std::int64_t afterRows = rows.before + rows.inner;
+    for (std::int64_t y = afterRows; y < target.height(); ++y)
+        std::memcpy(outputRow(y), outputRow(afterRows - 1), static_cast<std::size_t>(rowBytes));
+}
+
+} // namespace
+
+void resampleNearest8(const PlaneView& source, const PixelRows& destination, double scale,
+                      const Rect& target) {
+    resampleNearest<std::uint8_t>(source, destination, scale, target);
+}
+
+void resampleNearest16(const PlaneView& source, const PixelRows& destination, double scale,
+                       const Rect& target) {
+    resampleNearest<std::uint16_t>(source, destination, scale, target);
+}
+
+void resampleCentre8(const PlaneView& source, const PixelRows& destination, double scale,
+                     const Rect& target) {
+    resampleCentre<std::uint8_t>(source, destination, scale, target);
+}
+
+void resampleCentre16(const PlaneView& source, const PixelRows& destination, double scale,
+                      const Rect& target) {
+    resampleCentre<std::uint16_t>(source, destination, scale, target);
+}
+
+} // namespace talx
