@@ -1,0 +1,41 @@
+// See class_info.h.
+#include "com/class_info.h"
+
+#include "com/type_library.h"
+
+using Microsoft::WRL::ComPtr;
+
+namespace talx {
+
+HRESULT TypeInfoCache::get(const CLSID& coclass, ITypeInfo** info) {
+    *info = nullptr;
+    if (!info_.load()) {
+        try {
+            ComPtr<ITypeLib> library;
+            ComPtr<ITypeInfo> loaded;
+            HRESULT hr = loadTypeLibrary(comModule(), library.GetAddressOf());
+            if (SUCCEEDED(hr)) {
+                hr = library->GetTypeInfoOfGuid(coclass, loaded.GetAddressOf());
+            }
+            if (FAILED(hr)) {
+                return hr;
+            }
+            ITypeInfo* none = nullptr;
+            if (info_.compare_exchange_strong(none, loaded.Get())) { // else another thread was first
+                loaded.Detach();
+                comModule().atTermination(*this);
+            }
+        } catch (const std::bad_alloc&) {
+            return E_OUTOFMEMORY;
+        }
+    }
+    *info = info_.load();
+    (*info)->AddRef();
+    return S_OK;
+}
+
+void TypeInfoCache::drop(ModuleTermination& self) {
+    static_cast<TypeInfoCache&>(self).info_.exchange(nullptr)->Release();
+}
+
+} // namespace talx

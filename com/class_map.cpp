@@ -1,0 +1,26 @@
+// The classes of talxrend.dll.
+#include <initguid.h> // defines the type library's id
+
+#include "talxrend.h"
+
+#include "com/module.h"
+#include "com/resource.h"
+#include "ddraw_engine/tal_render_engine.h"
+#include "gdi_engine/tal_gdi_render_engine.h"
+
+namespace talx {
+
+namespace {
+
+constinit ObjectEntry classMap[] = {
+    objectEntry<CTalRenderEngine>(IDR_TALRENDERENGINE, L"TalRenderEngine"),
+    objectEntry<CTalGDIRenderEngine>(IDR_TALGDIRENDERENGINE, L"TalGDIRenderEngine"),
+};
+
+} // namespace
+
+ModuleDefinition moduleDefinition() {
+    return {classMap, LIBID_RENDERENGLib};
+}
+
+} // namespace talx

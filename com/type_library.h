@@ -1,0 +1,20 @@
+// The type library in a module's resources, and its registration for the machine or for the current user.
+#pragma once
+
+#include "com/module.h"
+
+#include <oaidl.h>
+
+namespace talx {
+
+// Whether classes are to be registered for the current user only: so it is if an ATL run-time DLL that is
+// already loaded into the process says so.
+[[nodiscard]] bool perUserRegistration();
+
+// Loads the module's own library, registered or not. Throws std::bad_alloc.
+HRESULT loadTypeLibrary(const ComModule& module, ITypeLib** library);
+
+HRESULT registerTypeLibrary(const ComModule& module);
+HRESULT unregisterTypeLibrary(const ComModule& module);
+
+} // namespace talx

@@ -1,0 +1,70 @@
+// The planes of one image: their memory, size and accesses.
+#pragma once
+
+#include "talxstd.h"
+
+#include <array>
+#include <cstddef>
+#include <memory>
+#include <mutex>
+
+namespace talx {
+
+// What sets the kinds of image apart: how many planes there are, and the bytes of a pel of each.
+struct ImageKind {
+    long minPlanes;
+    long maxPlanes;
+    std::array<long, 3> pelBytes;
+};
+inline constexpr ImageKind kind8Grey{1, 1, {1}};
+inline constexpr ImageKind kindColor{3, 3, {1, 1, 1}};
+inline constexpr ImageKind kind16Grey{1, 1, {2}};
+inline constexpr ImageKind kind16Range{1, 2, {2, 1}}; // values, mask
+
+// A part of a plane in pels; all zero stands for the whole plane.
+struct PlaneRect {
+    long left = 0;
+    long top = 0;
+    long width = 0;
+    long height = 0;
+};
+
+// All methods may be called from any thread. Arguments and results are those of ITalImageMemory and of the
+// pel access sources; besides they throw std::bad_alloc, with result pointers null.
+class PlaneSet {
+public:
+    explicit PlaneSet(const ImageKind& kind) : kind_(kind) {}
+
+    [[nodiscard]] long width() const;
+    [[nodiscard]] long height() const;
+
+    HRESULT allocate(long width, long height, long planes);
+    HRESULT wrap(long plane, long width, long height, __int64 data, long rowStride, IUnknown* keepAlive);
+    HRESULT createAccess(long plane, TalPelAccessMode mode, const PlaneRect& rect,
+                         ITalPelAccess** access) const;
+    // Read accesses to planes 0 and 1 as they are at one moment; the second is null without a plane 1.
+    HRESULT createReadAccesses(ITalPelAccess** first, ITalPelAccess** second) const;
+
+private:
+    struct Plane {
+        std::byte* data = nullptr; // of pixel (0, 0); null: no such plane
+        long rowStride = 0;
+        std::shared_ptr<void> memory; // whatever data points into
+    };
+    struct Content {
+        long width = 0;
+        long height = 0;
+        std::array<Plane, 3> planes;
+    };
+
+    [[nodiscard]] bool isPlane(long plane) const { return plane >= 0 && plane < kind_.maxPlanes; }
+    [[nodiscard]] Content content() const;
+    HRESULT createAccess(const Content& content, long plane, const PlaneRect& rect,
+                         ITalPelAccess** access) const;
+
+    const ImageKind& kind_;
+    mutable std::mutex mutex_;
+    Content content_;
+};
+
+} // namespace talx
