@@ -1,0 +1,152 @@
+#include "gdi_engine/dib_record.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <limits>
+
+namespace talx {
+
+namespace {
+
+constexpr DWORD redMask565 = 0xF800;
+constexpr DWORD colorSpaceSrgb = 0x73524742; // LCS_sRGB, spelled 'sRGB' by the platform
+
+LayerFormat formatOf(WORD bitCount, DWORD compression, DWORD redMask) {
+    switch (bitCount) {
+    case 8:
+        return LayerFormat::Pal8;
+    case 16:
+        return compression == BI_BITFIELDS && redMask == redMask565 ? LayerFormat::Rgb16 : LayerFormat::Rgb15;
+    case 24:
+        return LayerFormat::Rgb24;
+    case 32:
+        return LayerFormat::Rgb32;
+    default:
+        return LayerFormat::Unspecified;
+    }
+}
+
+} // namespace
+
+LayerFormat screenFormat() {
+    const WindowDc screen(nullptr);
+    const UniqueBitmap probe(CreateCompatibleBitmap(screen.get(), 1, 1));
+    struct {
+        BITMAPINFOHEADER header;
+        DWORD masksOrColors[256];
+    } info{};
+    info.header.biSize = sizeof info.header;
+    // The first call fills the header; only with a filled header does the second fill the masks too.
+    for (int call = 0; call < 2; ++call) {
+        GetDIBits(screen.get(), probe.get(), 0, 1, nullptr, reinterpret_cast<BITMAPINFO*>(&info),
+                  DIB_RGB_COLORS);
+    }
+    return formatOf(info.header.biBitCount, info.header.biCompression, info.masksOrColors[0]);
+}
+
+std::optional<LayerBits> dibBits(HBITMAP bitmap) {
+    DIBSECTION section{};
+    if (GetObjectW(bitmap, sizeof section, &section) != sizeof section || !section.dsBm.bmBits) {
+        return std::nullopt;
+    }
+    const BITMAP& bm = section.dsBm;
+    return LayerBits{static_cast<std::uint8_t*>(bm.bmBits), (bm.bmWidthBytes + 3) & ~3, bm.bmWidth,
+                     bm.bmHeight,
+                     formatOf(bm.bmBitsPixel, section.dsBmih.biCompression, section.dsBitfields[0])};
+}
+
+DibRecord::DibRecord() {
+    info_.header.bV4Size = sizeof info_.header;
+    info_.header.bV4Planes = 1;
+    info_.header.bV4V4Compression = BI_RGB;
+    info_.header.bV4CSType = colorSpaceSrgb;
+}
+
+void DibRecord::setFormat(LayerFormat format) {
+    BITMAPV4HEADER& header = info_.header;
+    const auto set = [&header](WORD bitCount, DWORD compression, DWORD red, DWORD green, DWORD blue) {
+        header.bV4BitCount = bitCount;
+        header.bV4V4Compression = compression;
+        header.bV4RedMask = red;
+        header.bV4GreenMask = green;
+        header.bV4BlueMask = blue;
+        header.bV4ClrUsed = 0;
+    };
+    switch (format) {
+    case LayerFormat::Pal8:
+        set(8, BI_RGB, 0, 0, 0);
+        header.bV4ClrUsed = 256;
+        std::fill(std::begin(info_.colors), std::end(info_.colors), RGBQUAD{});
+        break;
+    case LayerFormat::Rgb15:
+        set(16, BI_BITFIELDS, 0x7C00, 0x03E0, 0x001F);
+        break;
+    case LayerFormat::Rgb16:
+        set(16, BI_BITFIELDS, redMask565, 0x07E0, 0x001F);
+        break;
+    case LayerFormat::Rgb24:
+        set(24, BI_RGB, 0, 0, 0);
+        break;
+    case LayerFormat::Rgb32:
+        set(32, BI_BITFIELDS, 0xFF0000, 0x00FF00, 0x0000FF);
+        break;
+    default:
+        set(0, BI_RGB, 0, 0, 0);
+        break;
+    }
+}
+
+void DibRecord::setSize(long width, long height) {
+    info_.header.bV4Width = width;
+    // Negated without overflow: the smallest height, which no bitmap can have, stays as it is.
+    info_.header.bV4Height = static_cast<LONG>(0u - static_cast<std::uint32_t>(height));
+}
+
+LayerFormat DibRecord::format() const {
+    return formatOf(info_.header.bV4BitCount, info_.header.bV4V4Compression, info_.header.bV4RedMask);
+}
+
+// Whether the bitmap's bytes can be counted in 31 bits, so that no size computed by GDI can wrap around.
+bool DibRecord::hasValidSize() const {
+    const std::int64_t width = info_.header.bV4Width;
+    const std::int64_t height = std::abs(std::int64_t{info_.header.bV4Height});
+    const std::int64_t stride = (width * info_.header.bV4BitCount + 31) / 32 * 4;
+    return width > 0 && height > 0 && stride > 0 &&
+           height <= std::numeric_limits<std::int32_t>::max() / stride;
+}
+
+HBITMAP DibRecord::createSection() const {
+    const WindowDc screen(nullptr);
+    void* bits = nullptr;
+    return CreateDIBSection(screen.get(), reinterpret_cast<const BITMAPINFO*>(&info_), DIB_RGB_COLORS, &bits,
+                            nullptr, 0);
+}
+
+bool DibRecord::create(HPALETTE palette) {
+    if (bitmap_) {
+        return false;
+    }
+    if (info_.header.bV4BitCount == 8 && palette) {
+        loadColors(palette);
+    }
+    if (!hasValidSize()) {
+        return false;
+    }
+    bitmap_.reset(createSection());
+    if (!bitmap_) {
+        info_.header.bV4V4Compression = BI_RGB;
+        bitmap_.reset(createSection());
+    }
+    return bitmap_ != nullptr;
+}
+
+void DibRecord::loadColors(HPALETTE palette) {
+    std::array<PALETTEENTRY, 256> entries{};
+    GetPaletteEntries(palette, 0, static_cast<UINT>(entries.size()), entries.data());
+    for (std::size_t i = 0; i < entries.size(); ++i) {
+        info_.colors[i] = {entries[i].peBlue, entries[i].peGreen, entries[i].peRed, 0};
+    }
+}
+
+} // namespace talx

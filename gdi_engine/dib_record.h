@@ -1,0 +1,58 @@
+// A DIB section and the header that describes it; the composition bitmap and the pictures made for render
+// targets.
+#pragma once
+
+#include "render/gdi_handles.h"
+#include "render/pixels/pixel_format.h"
+
+#include <optional>
+
+namespace talx {
+
+// The format of the screen; Unspecified for one that the engine cannot write.
+[[nodiscard]] LayerFormat screenFormat();
+
+// The pixels of a DIB section; nothing for any other bitmap.
+[[nodiscard]] std::optional<LayerBits> dibBits(HBITMAP bitmap);
+
+class DibRecord {
+public:
+    DibRecord();
+
+    // Describes pixels of a format; a value that is none of the known formats leaves the header without a
+    // bit count.
+    void setFormat(LayerFormat format);
+    // Size in pixels; rows are stored top down.
+    void setSize(long width, long height);
+
+    // The format that the header describes.
+    [[nodiscard]] LayerFormat format() const;
+
+    // Makes the bitmap; an 8-bit one takes its colours from the palette if there is one. False when it cannot
+    // be made, or when there is one already.
+    bool create(HPALETTE palette);
+    // Deletes the bitmap, which must not be selected anywhere.
+    void destroy() { bitmap_.reset(); }
+    // Hands the bitmap over.
+    [[nodiscard]] UniqueBitmap release() { return std::move(bitmap_); }
+    [[nodiscard]] HBITMAP bitmap() const { return bitmap_.get(); }
+
+    // Copies the palette's colours into the header's colour table.
+    void loadColors(HPALETTE palette);
+    [[nodiscard]] const RGBQUAD* colors() const { return info_.colors; }
+
+private:
+    // Header and colour table as GDI reads them: one BITMAPINFO.
+    struct Info {
+        BITMAPV4HEADER header;
+        RGBQUAD colors[256];
+    };
+
+    [[nodiscard]] bool hasValidSize() const;
+    [[nodiscard]] HBITMAP createSection() const;
+
+    Info info_{};
+    UniqueBitmap bitmap_;
+};
+
+} // namespace talx

@@ -1,0 +1,33 @@
+#include "gdi_engine/render_target.h"
+
+namespace talx {
+
+void RenderTarget::setDc(HDC dc) {
+    setWindow();
+    if (dc) {
+        target_ = dc;
+    }
+}
+
+bool RenderTarget::setBitmap(HBITMAP bitmap) {
+    // Leaving a picture frees its bitmap, which may be the very one to be selected now.
+    setWindow();
+    const WindowDc screen(nullptr);
+    UniqueMemoryDc dc(screen.get() ? CreateCompatibleDC(screen.get()) : nullptr);
+    if (!dc) {
+        return false;
+    }
+    SelectedBitmap selected(dc.get(), bitmap);
+    target_.emplace<Picture>(Picture{std::move(dc), std::move(selected)});
+    return true;
+}
+
+HDC RenderTarget::dc() const {
+    if (const HDC* owned = std::get_if<HDC>(&target_)) {
+        return *owned;
+    }
+    const Picture* picture = std::get_if<Picture>(&target_);
+    return picture ? picture->dc.get() : nullptr;
+}
+
+} // namespace talx

@@ -1,0 +1,200 @@
+// The colour-map and visible-pixel-mask methods. Null pointers give a bare E_POINTER here.
+
+#include "render/render_engine_base.h"
+#include "render/safe_array.h"
+#include "render/system_palette.h"
+
+#include <algorithm>
+#include <cstring>
+#include <memory>
+
+namespace talx {
+
+namespace {
+
+struct SafeArrayDeleter {
+    void operator()(SAFEARRAY* array) const { SafeArrayDestroy(array); }
+};
+using UniqueSafeArray = std::unique_ptr<SAFEARRAY, SafeArrayDeleter>;
+
+// A new array of opaque words 0xFFRRGGBB, one for each entry. The caller destroys it.
+HRESULT copyEntries(const std::vector<ColorEntry>& entries, SAFEARRAY** result) {
+    *result = nullptr;
+    const UniqueSafeArray array(SafeArrayCreateVector(VT_I4, 0, static_cast<ULONG>(entries.size())));
+    if (!array) {
+        throw _com_error(E_OUTOFMEMORY);
+    }
+    {
+        const SafeArrayAccess access(array.get());
+        if (FAILED(access.result())) {
+            throw _com_error(access.result());
+        }
+        std::transform(entries.begin(), entries.end(), access.data<std::uint32_t>(),
+                       [](ColorEntry e) { return 0xFF000000u | toRgb32(e); });
+    }
+    const HRESULT hr = SafeArrayCopy(array.get(), result);
+    if (FAILED(hr)) {
+        throw _com_error(hr);
+    }
+    return S_OK;
+}
+
+// Elements 0 to the upper bound count, whatever the lower bound, but never more than the array holds.
+ULONG elementCount(SAFEARRAY* array) {
+    LONG upper = -1;
+    SafeArrayGetUBound(array, 1, &upper);
+    return upper < 0 ? 0 : std::min(static_cast<ULONG>(upper) + 1, array->rgsabound[0].cElements);
+}
+
+// Puts the elements of an array of words 0x??RRGGBB in the place of a map's entries.
+template <class Map>
+HRESULT replaceEntries(const MethodFrame& frame, Map& map, SAFEARRAY* array) {
+    map.beginReplace();
+    if (!isVectorOf(array, sizeof(std::uint32_t))) {
+        return frame.fail(E_INVALIDARG);
+    }
+    const SafeArrayAccess access(array);
+    if (FAILED(access.result())) {
+        return frame.fail(E_INVALIDARG);
+    }
+    const auto* element = access.data<const std::uint32_t>();
+    for (ULONG i = 0, count = elementCount(array); i < count; ++i) {
+        map.append(fromRgbWord(element[i]));
+    }
+    map.endReplace();
+    return S_OK;
+}
+
+} // namespace
+
+STDMETHODIMP RenderEngineBase::get_Image8GreyColorMap(unsigned char GreyVal, OLE_COLOR* pColor) {
+    if (!pColor) {
+        return E_POINTER;
+    }
+    *pColor = toColorRef(state().colors.grey8Map.entry(GreyVal));
+    return S_OK;
+}
+
+STDMETHODIMP RenderEngineBase::put_Image8GreyColorMap(unsigned char GreyVal, OLE_COLOR value) {
+    // Owners know failures of this setter under the getter's name.
+    return method(L"get_Image8GreyColorMap", [&](const MethodFrame& frame) {
+        COLORREF color = 0;
+        if (FAILED(OleTranslateColor(value, nullptr, &color))) {
+            return frame.fail(E_INVALIDARG, IDS_NO_COLOR);
+        }
+        state().colors.grey8Map.setEntry(GreyVal, fromColorRef(color), [this](std::uint32_t c) {
+            return nearestPaletteIndex(palette(), c);
+        });
+        return S_OK;
+    });
+}
+
+STDMETHODIMP RenderEngineBase::get_Image8GreyWholeColorMap(SAFEARRAY** pVal) {
+    if (!pVal) {
+        return E_POINTER;
+    }
+    return method(L"get_Image8GreyWholeColorMap", [&](const MethodFrame&) {
+        const GreyColorMap8& map = state().colors.grey8Map;
+        return copyEntries(map.isSet() ? map.entries() : std::vector<ColorEntry>{}, pVal);
+    });
+}
+
+STDMETHODIMP RenderEngineBase::put_Image8GreyWholeColorMap(SAFEARRAY** value) {
+    if (!value) {
+        return E_POINTER;
+    }
+    return method(L"put_Image8GreyWholeColorMap", [&](const MethodFrame& frame) {
+        return replaceEntries(frame, state().colors.grey8Map, *value);
+    });
+}
+
+STDMETHODIMP RenderEngineBase::ClearImage8GreyColorMap() {
+    return method(L"ClearImage8GreyColorMap", [&](const MethodFrame&) {
+        state().colors.grey8Map.clear();
+        return S_OK;
+    });
+}
+
+STDMETHODIMP RenderEngineBase::get_Image16GreyColorMap(SAFEARRAY** pVal) {
+    if (!pVal) {
+        return E_POINTER;
+    }
+    return method(L"get_Image16GreyColorMap",
+                  [&](const MethodFrame&) { return copyEntries(state().colors.grey16Map.entries(), pVal); });
+}
+
+STDMETHODIMP RenderEngineBase::put_Image16GreyColorMap(SAFEARRAY** value) {
+    if (!value) {
+        return E_POINTER;
+    }
+    return method(L"put_Image16GreyColorMap", [&](const MethodFrame& frame) {
+        return replaceEntries(frame, state().colors.grey16Map, *value);
+    });
+}
+
+STDMETHODIMP RenderEngineBase::ClearImage16GreyColorMap() {
+    return method(L"ClearImage16GreyColorMap", [&](const MethodFrame&) {
+        state().colors.grey16Map.clear();
+        return S_OK;
+    });
+}
+
+STDMETHODIMP RenderEngineBase::get_Image16RangeColorMap(SAFEARRAY** pVal) {
+    if (!pVal) {
+        return E_POINTER;
+    }
+    return method(L"get_Image16RangeColorMap",
+                  [&](const MethodFrame&) { return copyEntries(state().colors.range16Map.entries(), pVal); });
+}
+
+STDMETHODIMP RenderEngineBase::put_Image16RangeColorMap(SAFEARRAY** value) {
+    if (!value) {
+        return E_POINTER;
+    }
+    return method(L"put_Image16RangeColorMap", [&](const MethodFrame& frame) {
+        return replaceEntries(frame, state().colors.range16Map, *value);
+    });
+}
+
+STDMETHODIMP RenderEngineBase::ClearImage16RangeColorMap() {
+    return method(L"ClearImage16RangeColorMap", [&](const MethodFrame&) {
+        state().colors.range16Map.clear();
+        return S_OK;
+    });
+}
+
+STDMETHODIMP RenderEngineBase::UnsetColorMaps() {
+    return method(L"UnsetColorMaps", [&](const MethodFrame&) {
+        state().colors.grey16Map.unset();
+        state().colors.range16Map.unset();
+        return S_OK;
+    });
+}
+
+STDMETHODIMP RenderEngineBase::get_VisiblePixelMaskEnable(VARIANT_BOOL* pShowMask) {
+    if (!pShowMask) {
+        return E_POINTER;
+    }
+    *pShowMask = state().colors.visiblePixelMaskEnable ? 1 : 0;
+    return S_OK;
+}
+
+STDMETHODIMP RenderEngineBase::put_VisiblePixelMaskEnable(VARIANT_BOOL value) {
+    state().colors.visiblePixelMaskEnable = value != 0;
+    return S_OK;
+}
+
+STDMETHODIMP RenderEngineBase::get_VisiblePixelMaskColor(OLE_COLOR* pMaskColor) {
+    if (!pMaskColor) {
+        return E_POINTER;
+    }
+    *pMaskColor = state().colors.visiblePixelMaskColor;
+    return S_OK;
+}
+
+STDMETHODIMP RenderEngineBase::put_VisiblePixelMaskColor(OLE_COLOR value) {
+    state().colors.visiblePixelMaskColor = value;
+    return S_OK;
+}
+
+} // namespace talx

@@ -1,0 +1,85 @@
+// Owners of GDI handles: each gives its handle back when it goes.
+#pragma once
+
+#include <memory>
+#include <type_traits>
+#include <utility>
+#include <windows.h>
+
+namespace talx {
+
+struct ObjectDeleter {
+    void operator()(HGDIOBJ object) const { DeleteObject(object); }
+};
+struct DcDeleter {
+    void operator()(HDC dc) const { DeleteDC(dc); }
+};
+
+using UniqueBitmap = std::unique_ptr<std::remove_pointer_t<HBITMAP>, ObjectDeleter>;
+using UniqueBrush = std::unique_ptr<std::remove_pointer_t<HBRUSH>, ObjectDeleter>;
+using UniquePalette = std::unique_ptr<std::remove_pointer_t<HPALETTE>, ObjectDeleter>;
+using UniqueMemoryDc = std::unique_ptr<std::remove_pointer_t<HDC>, DcDeleter>;
+
+// The device context of a window, or of the screen for a null window, for the length of a scope. May be null.
+class WindowDc {
+public:
+    explicit WindowDc(HWND window) : window_(window), dc_(GetDC(window)) {}
+    ~WindowDc() {
+        if (dc_) {
+            ReleaseDC(window_, dc_);
+        }
+    }
+    WindowDc(const WindowDc&) = delete;
+    WindowDc& operator=(const WindowDc&) = delete;
+
+    [[nodiscard]] HDC get() const { return dc_; }
+
+private:
+    HWND window_;
+    HDC dc_;
+};
+
+// A bitmap selected into a memory device context; what it replaced is selected back at the end. The context
+// must live longer.
+class SelectedBitmap {
+public:
+    SelectedBitmap() = default;
+    SelectedBitmap(HDC dc, HBITMAP bitmap) : dc_(dc), saved_(SelectObject(dc, bitmap)) {}
+    SelectedBitmap(SelectedBitmap&& other) noexcept
+        : dc_(std::exchange(other.dc_, nullptr)), saved_(std::exchange(other.saved_, nullptr)) {}
+    SelectedBitmap& operator=(SelectedBitmap&& other) noexcept {
+        std::swap(dc_, other.dc_);
+        std::swap(saved_, other.saved_);
+        return *this;
+    }
+    ~SelectedBitmap() {
+        if (saved_) {
+            SelectObject(dc_, saved_);
+        }
+    }
+
+private:
+    HDC dc_ = nullptr;
+    HGDIOBJ saved_ = nullptr;
+};
+
+// A palette selected into a device context, and realised, for the length of a scope.
+class ScopedPalette {
+public:
+    ScopedPalette(HDC dc, HPALETTE palette) : dc_(dc), saved_(SelectPalette(dc, palette, FALSE)) {
+        RealizePalette(dc);
+    }
+    ~ScopedPalette() {
+        if (saved_) {
+            SelectPalette(dc_, saved_, FALSE);
+        }
+    }
+    ScopedPalette(const ScopedPalette&) = delete;
+    ScopedPalette& operator=(const ScopedPalette&) = delete;
+
+private:
+    HDC dc_;
+    HPALETTE saved_;
+};
+
+} // namespace talx

@@ -1,0 +1,33 @@
+// Making a scaled copy of the visible part of an image.
+#pragma once
+
+#include "render/image_planes.h"
+#include "render/pixels/geometry.h"
+
+#include <wrl/client.h>
+
+namespace talx {
+
+enum class SamplingMethod { Nearest, CentreAligned };
+
+// A source image of a known kind and size, as the steps of drawing hand it on.
+struct SourceImage {
+    Microsoft::WRL::ComPtr<ITalImage> image;
+    ImageKind kind = ImageKind::None;
+    std::int32_t width = 0;
+    std::int32_t height = 0;
+};
+
+// Reads the size of source.image.
+HRESULT readSize(SourceImage& source);
+
+// A new image of the source's kind that holds the pixels of clip when the source is drawn at (x, y) at this
+// scale: its pixel (0, 0) belongs at (clip.left, clip.top). clip lies inside the scaled image.
+//
+// S_OK with a null result.image where there is nothing to draw: an empty clip, a source of no kind, or fewer
+// than 3 rows or columns with the centre-aligned method, which leaves such rectangles as they are. Failures:
+// that of creating the image, or those of ImagePlanes::acquire.
+HRESULT resample(const SourceImage& source, double scale, long x, long y, const Rect& clip,
+                 SamplingMethod method, SourceImage& result);
+
+} // namespace talx

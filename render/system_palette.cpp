@@ -1,0 +1,24 @@
+#include "render/system_palette.h"
+
+#include <algorithm>
+
+namespace talx {
+
+PaletteEntries systemPaletteEntries(HDC dc) {
+    PaletteEntries entries{};
+    GetSystemPaletteEntries(dc, 0, static_cast<UINT>(entries.size()), entries.data());
+    return entries;
+}
+
+UniquePalette createPalette(const PaletteEntries& entries) {
+    // LOGPALETTE ends with its first entry; the others follow in the same layout.
+    struct {
+        WORD version;
+        WORD count;
+        PALETTEENTRY entries[256];
+    } logical{0x300, static_cast<WORD>(entries.size()), {}};
+    std::copy(entries.begin(), entries.end(), logical.entries);
+    return UniquePalette(CreatePalette(reinterpret_cast<const LOGPALETTE*>(&logical)));
+}
+
+} // namespace talx

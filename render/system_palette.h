@@ -1,0 +1,23 @@
+// The palette of a 256-colour screen.
+#pragma once
+
+#include "render/gdi_handles.h"
+
+#include <array>
+
+namespace talx {
+
+using PaletteEntries = std::array<PALETTEENTRY, 256>;
+
+// The system palette as the device context sees it; black where there is none.
+[[nodiscard]] PaletteEntries systemPaletteEntries(HDC dc);
+
+// A logical palette of these entries; null when it cannot be made.
+[[nodiscard]] UniquePalette createPalette(const PaletteEntries& entries);
+
+// The index of the palette's colour nearest to 0x00BBGGRR.
+[[nodiscard]] inline BYTE nearestPaletteIndex(HPALETTE palette, COLORREF color) {
+    return static_cast<BYTE>(GetNearestPaletteIndex(palette, color));
+}
+
+} // namespace talx
