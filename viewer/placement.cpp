@@ -1,0 +1,44 @@
+// Placing the image.
+#include "viewer/placement.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace talview {
+
+void Placement::place() {
+    scale_ = wantedScale_.value_or(
+        std::min(static_cast<double>(width_) / imageWidth_, static_cast<double>(height_) / imageHeight_));
+    at_ = wantedAt_.value_or(Point{std::floor((width_ - imageWidth_ * scale_) / 2),
+                                   std::floor((height_ - imageHeight_ * scale_) / 2)});
+    // Well inside 32 bits, so that sums of positions and sizes cannot overflow.
+    left_ = std::lround(std::clamp(at_.x, -1e9, 1e9));
+    top_ = std::lround(std::clamp(at_.y, -1e9, 1e9));
+}
+
+void Placement::resize(long width, long height) {
+    width_ = width;
+    height_ = height;
+    place();
+}
+
+void Placement::fit() {
+    wantedScale_.reset();
+    wantedAt_.reset();
+    place();
+}
+
+void Placement::zoomAbout(Point view, double factor) {
+    wantedScale_ = std::clamp(scale_ * factor, 1e-3, 1e3);
+    const double change = *wantedScale_ / scale_;
+    wantedAt_ = Point{view.x - (view.x - at_.x) * change, view.y - (view.y - at_.y) * change};
+    place();
+}
+
+void Placement::move(Point by) {
+    wantedScale_ = scale_;
+    wantedAt_ = Point{at_.x + by.x, at_.y + by.y};
+    place();
+}
+
+} // namespace talview

@@ -1,0 +1,45 @@
+// Where the image lies in the window, and how zooming and dragging change that.
+#pragma once
+
+#include "viewer/options.h"
+
+namespace talview {
+
+class Placement {
+public:
+    // scale: none to fit the window. at: view position of the image's top left corner, none for the middle.
+    Placement(long imageWidth, long imageHeight, std::optional<double> scale, std::optional<Point> at)
+        : imageWidth_(imageWidth), imageHeight_(imageHeight), wantedScale_(scale), wantedAt_(at) {}
+
+    // The window has a new size: an image that fits or lies in the middle does so again.
+    void resize(long width, long height);
+    void fit();
+    void zoomAbout(Point view, double factor);
+    void move(Point by);
+
+    [[nodiscard]] double scale() const { return scale_; }
+    [[nodiscard]] long left() const { return left_; }
+    [[nodiscard]] long top() const { return top_; }
+    [[nodiscard]] Point toImage(Point view) const {
+        return {(view.x - left_) / scale_, (view.y - top_) / scale_};
+    }
+    [[nodiscard]] Point toView(Point image) const {
+        return {left_ + image.x * scale_, top_ + image.y * scale_};
+    }
+
+private:
+    void place();
+
+    long imageWidth_;
+    long imageHeight_;
+    std::optional<double> wantedScale_;
+    std::optional<Point> wantedAt_;
+    long width_ = 1; // of the window
+    long height_ = 1;
+    double scale_ = 1;
+    Point at_; // before rounding
+    long left_ = 0;
+    long top_ = 0;
+};
+
+} // namespace talview

@@ -1,0 +1,263 @@
+// Layers and the engine's requests to redraw them.
+#include "viewer/scene.h"
+
+#include "viewer/failure.h"
+#include "viewer/gdi.h"
+#include "viewer/safe_array.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cwchar>
+#include <utility>
+
+namespace talview {
+namespace {
+
+using Microsoft::WRL::ComPtr;
+
+enum Layer : long { imageLayer, captionLayer, markerLayer, layerCount };
+
+constexpr COLORREF backgroundColor = RGB(40, 44, 52);
+constexpr COLORREF captionColor = RGB(0, 0, 0);
+constexpr COLORREF captionTextColor = RGB(255, 255, 255);
+constexpr long captionHeight = 20;
+
+bool isScreenPalettised(HWND window) {
+    const HDC dc = GetDC(window);
+    const bool palettised = (GetDeviceCaps(dc, RASTERCAPS) & RC_PALETTE) != 0;
+    ReleaseDC(window, dc);
+    return palettised;
+}
+
+} // namespace
+
+Scene::Scene(HWND window, const Options& options, Image image)
+    : window_(window), options_(options), image_(std::move(image)),
+      placement_(image_.width(), image_.height(), options.scale, options.at),
+      palettised_(isScreenPalettised(window)), marker_(palettised_),
+      engine_(createEngine(options.directDraw)) {
+    RECT client;
+    GetClientRect(window, &client);
+    width_ = client.right;
+    height_ = client.bottom;
+    placement_.resize(width_, height_);
+
+    check(engine_->Initialize(reinterpret_cast<__int64>(window), width_, height_),
+          "cannot set up the render engine");
+    check(engine_->put_Layers(layerCount), "Layers");
+    check(engine_->AdviseRenderEvents(this), "AdviseRenderEvents");
+    check(engine_->put_VisiblePixelMaskEnable(VARIANT_TRUE), "VisiblePixelMaskEnable");
+    check(engine_->put_VisiblePixelMaskColor(options.maskColor), "VisiblePixelMaskColor");
+    setMethod();
+    setColorMap();
+    updateAll();
+}
+
+Scene::~Scene() {
+    // The engine holds its sink without a reference.
+    engine_->UnAdvise();
+}
+
+HRESULT Scene::QueryInterface(REFIID iid, void** object) {
+    if (!object) {
+        return E_POINTER;
+    }
+    const bool known = iid == __uuidof(IUnknown) || iid == __uuidof(ITalRenderEngineEvents);
+    *object = known ? static_cast<ITalRenderEngineEvents*>(this) : nullptr;
+    return known ? S_OK : E_NOINTERFACE;
+}
+
+HRESULT Scene::InvalidateLayers(long StartLayer, long EndLayer, long L, long T, long R, long B) {
+    // No exception may cross the engine: it is kept for the update that led here.
+    try {
+        for (long layer = StartLayer; layer <= EndLayer; ++layer) {
+            drawLayer(layer, {L, T, R, B});
+        }
+        return S_OK;
+    } catch (...) {
+        drawFailure_ = std::current_exception();
+        return E_FAIL;
+    }
+}
+
+void Scene::updateLayer(long layer, const RECT& rect) {
+    check(engine_->BeginLayerUpdate(layer, rect.left, rect.top, rect.right, rect.bottom), "BeginLayerUpdate");
+    drawLayer(layer, rect);
+    check(engine_->EndLayerUpdate(layer, rect.left, rect.top, rect.right, rect.bottom), "EndLayerUpdate");
+    if (drawFailure_) {
+        std::rethrow_exception(std::exchange(drawFailure_, nullptr));
+    }
+    refresh(rect);
+}
+
+void Scene::refresh(const RECT& rect) {
+    POINT origin{};
+    ClientToScreen(window_, &origin);
+    check(engine_->RefreshScreen(origin.x, origin.y, rect.left, rect.top, rect.right, rect.bottom),
+          "RefreshScreen");
+}
+
+void Scene::drawLayer(long layer, const RECT& rect) {
+    switch (layer) {
+    case imageLayer:
+        return drawImage(rect);
+    case captionLayer:
+        return drawCaption(rect);
+    case markerLayer:
+        return drawMarkers(rect);
+    }
+}
+
+void Scene::drawImage(const RECT& rect) {
+    check(engine_->Fill(imageLayer, rect.left, rect.top, rect.right, rect.bottom, backgroundColor), "Fill");
+    check(engine_->DrawImage(imageLayer, image_.object(), placement_.left(), placement_.top(),
+                             placement_.scale(), rect.left, rect.top, rect.right, rect.bottom, 0),
+          "DrawImage");
+}
+
+void Scene::drawCaption(const RECT& rect) {
+    RECT strip = captionRect();
+    RECT visible;
+    if (!options_.caption || !IntersectRect(&visible, &strip, &rect)) {
+        return;
+    }
+    const GdiOwner<HBRUSH> brush(CreateSolidBrush(captionColor));
+    const GdiOwner<HFONT> font(CreateFontW(-13, 0, 0, 0, FW_NORMAL, FALSE, FALSE, FALSE, DEFAULT_CHARSET,
+                                           OUT_DEFAULT_PRECIS, CLIP_DEFAULT_PRECIS, NONANTIALIASED_QUALITY,
+                                           DEFAULT_PITCH, L"Tahoma"));
+    const DrawContext dc(engine_.Get(), captionLayer, visible);
+    FillRect(dc, &strip, brush.get());
+    const Selected selected(dc, font.get());
+    SetBkMode(dc, TRANSPARENT);
+    SetTextColor(dc, captionTextColor);
+    InflateRect(&strip, -4, 0);
+    DrawTextW(dc, captionText().c_str(), -1, &strip,
+              DT_SINGLELINE | DT_VCENTER | DT_END_ELLIPSIS | DT_NOPREFIX);
+}
+
+void Scene::drawMarkers(const RECT& rect) {
+    for (const Point& place : options_.markers) {
+        const Point middle = placement_.toView({place.x + 0.5, place.y + 0.5});
+        check(engine_->DrawIcon8(markerLayer, marker_.icon(), marker_.colors(), marker_.transparencies(),
+                                 std::floor(middle.x) - Marker::size / 2,
+                                 std::floor(middle.y) - Marker::size / 2, 1, rect.left, rect.top, rect.right,
+                                 rect.bottom),
+              "DrawIcon8");
+    }
+}
+
+RECT Scene::captionRect() const {
+    return {0, std::max(0L, height_ - captionHeight), width_, height_};
+}
+
+std::wstring Scene::captionText() const {
+    wchar_t scale[32];
+    std::swprintf(scale, ARRAYSIZE(scale), L"%.4g", placement_.scale() * 100);
+    std::wstring text = options_.image.substr(options_.image.find_last_of(L"\\/") + 1) + L"   " +
+                        std::to_wstring(image_.width()) + L"\u00D7" + std::to_wstring(image_.height()) +
+                        L" " + image_.kindText() + L"   " + scale + L" %";
+    text += options_.centre ? L" centre" : L" nearest";
+    if (palettised_ && image_.kind() != ImageKind::grey8) {
+        text += L"   (a 256-colour screen shows 8-bit grey images only)";
+    } else if (image_.kind() != ImageKind::color) {
+        text += std::wstring(L"   ") + options_.map->name;
+    }
+    return text + L"   " + valueText_;
+}
+
+void Scene::setMethod() {
+    ComPtr<ITalRenderEngineScalingParams> scaling;
+    check(engine_.As(&scaling), "the engine has no scaling method");
+    check(scaling->put_ScalingMethod(options_.centre ? talRenderEngineScalingMethodBilinearInterpolation
+                                                     : talRenderEngineScalingMethodNoInterpolation),
+          "ScalingMethod");
+}
+
+void Scene::setColorMap() {
+    if (image_.kind() == ImageKind::color) {
+        return;
+    }
+    const std::uint32_t count = image_.valueCount();
+    Limits limits = options_.limits.value_or(Limits{0, count - 1.0});
+    if (options_.autoLimits) {
+        const auto [low, high] = image_.valueLimits();
+        limits = {static_cast<double>(low), static_cast<double>(std::max(high, low + 1))};
+    }
+    SafeArray colors(VT_I4, colorTable(*options_.map, count, limits.low, limits.high));
+    switch (image_.kind()) {
+    case ImageKind::grey8:
+        check(engine_->put_Image8GreyWholeColorMap(colors.address()), "Image8GreyWholeColorMap");
+        break;
+    case ImageKind::grey16:
+        check(engine_->put_Image16GreyColorMap(colors.address()), "Image16GreyColorMap");
+        break;
+    default:
+        check(engine_->put_Image16RangeColorMap(colors.address()), "Image16RangeColorMap");
+    }
+    if (palettised_) {
+        // The engine looks for the nearest palette entries of a whole map only when the palette changes.
+        check(engine_->PaletteChange(), "PaletteChange");
+    }
+}
+
+void Scene::resize(long width, long height) {
+    if (width == width_ && height == height_) {
+        return;
+    }
+    check(engine_->SetExtent(width, height), "cannot resize the view");
+    width_ = width;
+    height_ = height;
+    placement_.resize(width, height);
+    updateAll();
+}
+
+void Scene::paletteChanged() {
+    check(engine_->PaletteChange(), "PaletteChange");
+    updateAll();
+}
+
+void Scene::fit() {
+    placement_.fit();
+    updateAll();
+}
+
+void Scene::zoomAbout(POINT view, double factor) {
+    placement_.zoomAbout({static_cast<double>(view.x), static_cast<double>(view.y)}, factor);
+    updateAll();
+}
+
+void Scene::move(long dx, long dy) {
+    placement_.move({static_cast<double>(dx), static_cast<double>(dy)});
+    updateAll();
+}
+
+void Scene::nextMap() {
+    const auto& maps = colorMaps();
+    options_.map = options_.map == &maps.back() ? maps.data() : options_.map + 1;
+    setColorMap();
+    updateAll();
+}
+
+void Scene::nextMethod() {
+    options_.centre = !options_.centre;
+    setMethod();
+    updateAll();
+}
+
+void Scene::pointAt(POINT view) {
+    const Point place = placement_.toImage({view.x + 0.5, view.y + 0.5});
+    std::wstring text;
+    if (place.x >= 0 && place.x < image_.width() && place.y >= 0 && place.y < image_.height()) {
+        const long x = static_cast<long>(place.x);
+        const long y = static_cast<long>(place.y);
+        text = L"(" + std::to_wstring(x) + L", " + std::to_wstring(y) + L") = " + image_.valueText(x, y);
+    }
+    // A picture that is saved or taken from the screen shall not depend on where the mouse happens to be.
+    if (text != valueText_ && options_.interactive()) {
+        valueText_ = text;
+        SetWindowTextW(window_, (options_.image + L"   " + text + L" - talview").c_str());
+        updateLayer(captionLayer, captionRect());
+    }
+}
+
+} // namespace talview
