@@ -249,7 +249,7 @@ HRESULT createInstance(IUnknown* outer, REFIID iid, void** result) {
 }
 using InstanceCreator = HRESULT (*)(IUnknown* outer, REFIID iid, void** result);
 
-// Creates an object for internal use. Throws std::bad_alloc.
+// Creates an object for internal use, without FinalConstruct. Throws std::bad_alloc.
 template <class Class, class... Args>
 [[nodiscard]] Microsoft::WRL::ComPtr<CComObject<Class>> makeObject(Args&&... args) {
     return new CComObject<Class>(std::forward<Args>(args)...);

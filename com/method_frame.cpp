@@ -28,9 +28,12 @@ HRESULT setErrorInfo(const CLSID& clsid, const wchar_t* description) {
         return hr;
     }
     wchar_t* progId = nullptr;
-    if (SUCCEEDED(ProgIDFromCLSID(clsid, &progId))) {
+    hr = ProgIDFromCLSID(clsid, &progId);
+    if (SUCCEEDED(hr)) {
         hr = error->SetSource(progId);
         CoTaskMemFree(progId);
+    } else if (hr != E_OUTOFMEMORY) {
+        hr = S_OK; // a class that is not registered is an error's source without a name
     }
     // A new error object's help file is none and its help context 0.
     if (SUCCEEDED(hr)) {
@@ -76,6 +79,7 @@ HRESULT MethodFrame::reportComError(const _com_error& error) const {
     if (info) {
         info->GetDescription(detail.put());
     }
+    // The failure is returned even if nothing can be told about it: no exception may take its place.
     const Bstr text{name_, L" ", detail.view()};
     describeError(clsid_, text.c_str(), error.Error(), 0);
     return error.Error();

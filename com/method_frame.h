@@ -1,5 +1,5 @@
-// The one frame in which every interface method of the engines runs, and the reporter through which every
-// failure becomes COM error information.
+// The one frame in which the engines' methods run, all but the trivial accessors that set no error
+// information, and the reporter through which every failure becomes such information.
 #pragma once
 
 #include <comdef.h>

@@ -63,7 +63,7 @@ public:
     // Any thread may call.
     void atTermination(ModuleTermination& termination) noexcept;
 
-    // Of the DLL; null, which stands for the running program, where there is none.
+    // Of the DLL; null before attach.
     [[nodiscard]] HINSTANCE instance() const { return instance_; }
     [[nodiscard]] std::span<ObjectEntry> classes() const { return classes_; }
     [[nodiscard]] const GUID& typeLibrary() const { return typeLibrary_; }

@@ -94,12 +94,6 @@ HRESULT updateCategories(const ObjectEntry& entry, bool add) {
         CATID id = category.category;
         hr = (categories.Get()->*update)(*entry.clsid, 1, &id);
     }
-    if (SUCCEEDED(hr) && !add) {
-        // The manager leaves the keys that held the categories. (One that still has some is not deleted.)
-        const std::wstring classKey = L"CLSID\\" + guidText(*entry.clsid);
-        RegDeleteKeyW(HKEY_CLASSES_ROOT, (classKey + L"\\Implemented Categories").c_str());
-        RegDeleteKeyW(HKEY_CLASSES_ROOT, (classKey + L"\\Required Categories").c_str());
-    }
     return hr;
 }
 

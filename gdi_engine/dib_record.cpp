@@ -1,9 +1,13 @@
+// See dib_record.h.
+
 #include "gdi_engine/dib_record.h"
 
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <cstdlib>
 #include <limits>
+#include <utility>
 
 namespace talx {
 
@@ -135,8 +139,11 @@ bool DibRecord::create(HPALETTE palette) {
     }
     bitmap_.reset(createSection());
     if (!bitmap_) {
-        info_.header.bV4V4Compression = BI_RGB;
+        const DWORD wanted = std::exchange(info_.header.bV4V4Compression, BI_RGB);
         bitmap_.reset(createSection());
+        if (!bitmap_) {
+            info_.header.bV4V4Compression = wanted; // the format is the next bitmap's too
+        }
     }
     return bitmap_ != nullptr;
 }

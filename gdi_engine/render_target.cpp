@@ -1,3 +1,5 @@
+// See render_target.h.
+
 #include "gdi_engine/render_target.h"
 
 namespace talx {
@@ -10,7 +12,8 @@ void RenderTarget::setDc(HDC dc) {
 }
 
 bool RenderTarget::setBitmap(HBITMAP bitmap) {
-    // Leaving a picture frees its bitmap, which may be the very one to be selected now.
+    // Deselects the bitmap of a previous picture: it may be the very one to be selected now, and a bitmap can
+    // be selected into one device context only.
     setWindow();
     const WindowDc screen(nullptr);
     UniqueMemoryDc dc(screen.get() ? CreateCompatibleDC(screen.get()) : nullptr);

@@ -1,3 +1,5 @@
+// See tal_gdi_render_engine.h.
+
 #include "gdi_engine/tal_gdi_render_engine.h"
 
 #include "render/system_palette.h"
@@ -37,7 +39,6 @@ RECT toRECT(const Rect& r) {
 std::span<const ComInterfaceEntry> CTalGDIRenderEngine::interfaceMap() {
     static constexpr ComInterfaceEntry entries[] = {
         comInterface<CTalGDIRenderEngine, IProvideClassInfo2>(),
-        comInterface<CTalGDIRenderEngine, IProvideClassInfo2, IProvideClassInfo>(),
         comInterface<CTalGDIRenderEngine, ISupportErrorInfo>(),
         comInterface<CTalGDIRenderEngine, ITalRenderEngine2>(),
         comInterface<CTalGDIRenderEngine, ITalRenderEngine2, ITalRenderEngine>(),
@@ -62,7 +63,10 @@ STDMETHODIMP CTalGDIRenderEngine::Initialize(__int64 Hwnd, long Width, long Heig
         }
         dib_.setFormat(screenFormat());
         if (dib_.format() == LayerFormat::Pal8) {
-            makePalette(windowDc.get());
+            const HRESULT hr = makePalette(windowDc.get());
+            if (FAILED(hr)) {
+                return frame.fail(hr, IDS_SET_PALETTE_FAILED);
+            }
         }
         if (!makeComposition(Width, Height)) {
             return frame.fail(E_TAL_NO_DIB_SECTION);
@@ -175,9 +179,10 @@ STDMETHODIMP CTalGDIRenderEngine::PaletteChange() {
     });
 }
 
-void CTalGDIRenderEngine::makePalette(HDC windowDc) {
+HRESULT CTalGDIRenderEngine::makePalette(HDC windowDc) {
     palette_ = SelectedPalette(memoryDc_.get(), createPalette(systemPaletteEntries(windowDc)));
     updateColorLookup();
+    return palette() ? S_OK : E_FAIL;
 }
 
 STDMETHODIMP CTalGDIRenderEngine::SetRenderTargetFromHDC(__int64 Hdc) {

@@ -33,9 +33,12 @@ public:
     STDMETHOD(SetRenderTargetFromDIB)(IPictureDisp* Picture) override;
     STDMETHOD(CreateDIBRenderTarget)(TalRenderTargetFormatConstants Format, IPictureDisp** pDIB) override;
 
+private:
+    friend class ScalingParamsImpl<CTalGDIRenderEngine>;
+
+    // RenderEngineBase
     [[nodiscard]] EngineState& state() override { return state_; }
 
-private:
     // LayerSurface
     [[nodiscard]] bool hasBuffer() const override { return dib_.bitmap() != nullptr; }
     [[nodiscard]] LayerFormat format() const override;
@@ -60,7 +63,7 @@ private:
         UniquePalette palette_;
     };
 
-    void makePalette(HDC windowDc);
+    HRESULT makePalette(HDC windowDc);
     // Makes the composition bitmap of the given size and selects it into the memory device context.
     bool makeComposition(long width, long height);
 

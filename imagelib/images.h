@@ -22,7 +22,7 @@ HRESULT guarded(Body&& body) {
 }
 
 // What all image classes have: ITalImage, as the base of their kind interface, and ITalImageMemory.
-template <class KindInterface, const ImageKind& kind>
+template <class KindInterface, const PlaneLayout& kind>
 class ImageImpl : public CComObjectRootEx<CComMultiThreadModel>,
                   public KindInterface,
                   public ITalImageMemory {
@@ -73,7 +73,7 @@ private:
 };
 
 // An image of one plane, which answers the source interface itself.
-template <class Class, class Coclass, class KindInterface, const ImageKind& kind, class Source>
+template <class Class, class Coclass, class KindInterface, const PlaneLayout& kind, class Source>
 class SinglePlaneImage : public ImageImpl<KindInterface, kind>,
                          public CComCoClass<Class, Coclass>,
                          public PelAccessSourceImpl<Source> {

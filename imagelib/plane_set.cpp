@@ -57,11 +57,13 @@ PlaneSet::Content PlaneSet::content() const {
 }
 
 long PlaneSet::width() const {
-    return content().width;
+    const std::lock_guard lock(mutex_);
+    return content_.width;
 }
 
 long PlaneSet::height() const {
-    return content().height;
+    const std::lock_guard lock(mutex_);
+    return content_.height;
 }
 
 HRESULT PlaneSet::allocate(long width, long height, long planes) {
@@ -110,7 +112,10 @@ HRESULT PlaneSet::wrap(long plane, long width, long height, __int64 data, long r
         std::swap(dropped, content_);
         content_.width = width;
         content_.height = height;
-    } else if (width != content_.width || height != content_.height) {
+        content_.planes[0] = wrapped;
+        return S_OK;
+    }
+    if (width != content_.width || height != content_.height) {
         return E_INVALIDARG;
     }
     dropped.planes[plane] = std::exchange(content_.planes[plane], wrapped);

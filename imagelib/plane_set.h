@@ -11,15 +11,15 @@
 namespace talx {
 
 // What sets the kinds of image apart: how many planes there are, and the bytes of a pel of each.
-struct ImageKind {
+struct PlaneLayout {
     long minPlanes;
     long maxPlanes;
     std::array<long, 3> pelBytes;
 };
-inline constexpr ImageKind kind8Grey{1, 1, {1}};
-inline constexpr ImageKind kindColor{3, 3, {1, 1, 1}};
-inline constexpr ImageKind kind16Grey{1, 1, {2}};
-inline constexpr ImageKind kind16Range{1, 2, {2, 1}}; // values, mask
+inline constexpr PlaneLayout kind8Grey{1, 1, {1}};
+inline constexpr PlaneLayout kindColor{3, 3, {1, 1, 1}};
+inline constexpr PlaneLayout kind16Grey{1, 1, {2}};
+inline constexpr PlaneLayout kind16Range{1, 2, {2, 1}}; // values, mask
 
 // A part of a plane in pels; all zero stands for the whole plane.
 struct PlaneRect {
@@ -33,7 +33,7 @@ struct PlaneRect {
 // pel access sources; besides they throw std::bad_alloc, with result pointers null.
 class PlaneSet {
 public:
-    explicit PlaneSet(const ImageKind& kind) : kind_(kind) {}
+    explicit PlaneSet(const PlaneLayout& kind) : kind_(kind) {}
 
     [[nodiscard]] long width() const;
     [[nodiscard]] long height() const;
@@ -62,7 +62,7 @@ private:
     HRESULT createAccess(const Content& content, long plane, const PlaneRect& rect,
                          ITalPelAccess** access) const;
 
-    const ImageKind& kind_;
+    const PlaneLayout& kind_;
     mutable std::mutex mutex_;
     Content content_;
 };

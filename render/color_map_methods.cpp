@@ -5,8 +5,8 @@
 #include "render/system_palette.h"
 
 #include <algorithm>
-#include <cstring>
 #include <memory>
+#include <olectl.h>
 
 namespace talx {
 
@@ -58,7 +58,11 @@ HRESULT replaceEntries(const MethodFrame& frame, Map& map, SAFEARRAY* array) {
         return frame.fail(E_INVALIDARG);
     }
     const auto* element = access.data<const std::uint32_t>();
-    for (ULONG i = 0, count = elementCount(array); i < count; ++i) {
+    const ULONG count = elementCount(array);
+    if (count > 0 && !element) {
+        return frame.fail(E_INVALIDARG); // a descriptor that never got memory
+    }
+    for (ULONG i = 0; i < count; ++i) {
         map.append(fromRgbWord(element[i]));
     }
     map.endReplace();
@@ -95,7 +99,8 @@ STDMETHODIMP RenderEngineBase::get_Image8GreyWholeColorMap(SAFEARRAY** pVal) {
     }
     return method(L"get_Image8GreyWholeColorMap", [&](const MethodFrame&) {
         const GreyColorMap8& map = state().colors.grey8Map;
-        return copyEntries(map.isSet() ? map.entries() : std::vector<ColorEntry>{}, pVal);
+        static const std::vector<ColorEntry> none;
+        return copyEntries(map.isSet() ? map.entries() : none, pVal);
     });
 }
 

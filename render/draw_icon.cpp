@@ -1,3 +1,5 @@
+// See draw_icon.h.
+
 #include "render/draw_icon.h"
 
 #include "render/resampler.h"
@@ -21,55 +23,45 @@ HRESULT checkMap(SAFEARRAY* array, UINT elementSize) {
                                                                                          : E_INVALIDARG;
 }
 
-// Translates OLE colours, a run of equal ones once. Starts as if it had just translated a given word to
-// black.
+// Turns OLE colours into what a layer stores for them, a run of equal ones once. The first is compared with
+// assumedLast, a word taken as already turned into 0: owners know the results.
+template <class Store>
 class ColorTranslator {
 public:
-    explicit ColorTranslator(OLE_COLOR first) : last_(first) {}
+    ColorTranslator(OLE_COLOR assumedLast, Store store) : last_(assumedLast), store_(store) {}
 
-    HRESULT translate(OLE_COLOR color, COLORREF& translated) {
+    HRESULT translate(OLE_COLOR color, std::uint32_t& stored) {
         if (color != last_) {
-            const HRESULT hr = OleTranslateColor(color, nullptr, &translated_);
+            COLORREF translated = 0;
+            const HRESULT hr = OleTranslateColor(color, nullptr, &translated);
             if (FAILED(hr)) {
                 return hr;
             }
             last_ = color;
+            stored_ = store_(translated);
         }
-        translated = translated_;
+        stored = stored_;
         return S_OK;
     }
 
 private:
     OLE_COLOR last_;
-    COLORREF translated_ = 0;
+    Store store_;
+    std::uint32_t stored_ = 0;
 };
-
-std::uint32_t iconPixel(LayerFormat format, COLORREF color) {
-    const ColorEntry entry = fromColorRef(color);
-    switch (format) {
-    case LayerFormat::Rgb15:
-        return toRgb15(entry);
-    case LayerFormat::Rgb16:
-        return toRgb16(entry);
-    default:
-        return toRgb32(entry);
-    }
-}
 
 HRESULT buildTables(LayerFormat format, const OLE_COLOR* colors, const BYTE* transparencies,
                     IconTables& tables) {
-    ColorTranslator translator(0);
+    ColorTranslator translator(0, [format](COLORREF color) { return toPixel(format, fromColorRef(color)); });
     for (ULONG i = 0; i < indexCount; ++i) {
         tables.weight[i] = iconWeight(transparencies[i]);
         if (tables.weight[i] == invisibleWeight) {
             continue;
         }
-        COLORREF color = 0;
-        const HRESULT hr = translator.translate(colors[i], color);
+        const HRESULT hr = translator.translate(colors[i], tables.color[i]);
         if (FAILED(hr)) {
             return hr;
         }
-        tables.color[i] = iconPixel(format, color);
     }
     return S_OK;
 }
@@ -77,18 +69,20 @@ HRESULT buildTables(LayerFormat format, const OLE_COLOR* colors, const BYTE* tra
 // An opaque entry becomes index 0 whatever its colour, and only exactly 100 per cent is invisible.
 HRESULT buildIndexTables(HPALETTE palette, const OLE_COLOR* colors, const BYTE* transparencies,
                          IconIndexTables& tables) {
-    ColorTranslator translator(static_cast<OLE_COLOR>(-1));
+    ColorTranslator translator(static_cast<OLE_COLOR>(-1), [palette](COLORREF color) {
+        return std::uint32_t{nearestPaletteIndex(palette, color)};
+    });
     for (ULONG i = 0; i < indexCount; ++i) {
         tables.transparent[i] = transparencies[i] == 100;
         if (transparencies[i] == 0) {
             continue;
         }
-        COLORREF color = 0;
-        const HRESULT hr = translator.translate(colors[i], color);
+        std::uint32_t index = 0;
+        const HRESULT hr = translator.translate(colors[i], index);
         if (FAILED(hr)) {
             return hr;
         }
-        tables.index[i] = nearestPaletteIndex(palette, color);
+        tables.index[i] = static_cast<std::uint8_t>(index);
     }
     return S_OK;
 }
@@ -98,8 +92,15 @@ struct IconMaps {
     IconMaps(SAFEARRAY* colorMap, SAFEARRAY* transparencyMap)
         : colorAccess(colorMap), transparencyAccess(transparencyMap) {}
 
+    // E_INVALIDARG for an array that never got memory.
     [[nodiscard]] HRESULT result() const {
-        return FAILED(colorAccess.result()) ? colorAccess.result() : transparencyAccess.result();
+        if (FAILED(colorAccess.result())) {
+            return colorAccess.result();
+        }
+        if (FAILED(transparencyAccess.result())) {
+            return transparencyAccess.result();
+        }
+        return colors() && transparencies() ? S_OK : E_INVALIDARG;
     }
     [[nodiscard]] const OLE_COLOR* colors() const { return colorAccess.data<const OLE_COLOR>(); }
     [[nodiscard]] const BYTE* transparencies() const { return transparencyAccess.data<const BYTE>(); }
@@ -111,6 +112,7 @@ struct IconMaps {
 struct IconPixels {
     ConstPixelRows rows; // index of target's top left pixel
     Rect target;         // layer pixels to draw
+    LayerFormat format;  // of the layer
 };
 
 // Calls draw with the layer's bits and the part of the icon that lies on them.
@@ -119,7 +121,8 @@ HRESULT drawOnBits(LayerSurface& surface, const IconPixels& icon, Draw&& draw) {
     return surface.withBits([&](const LayerBits& layer) {
         // The target starts at or after (0, 0), so only its far edges can leave the layer.
         const Rect target = intersect(icon.target, {0, 0, layer.width, layer.height});
-        if (!target.empty() && layer.format == surface.format()) {
+        // The tables are for one format; a surface that turns out to have other pixels is left alone.
+        if (!target.empty() && layer.format == icon.format) {
             draw(PixelRows{layer.at(target.left, target.top), layer.stride},
                  Extent{static_cast<std::int32_t>(target.width()),
                         static_cast<std::int32_t>(target.height())});
@@ -140,18 +143,17 @@ HRESULT drawOnPalette(LayerSurface& surface, const IconPixels& icon, const IconM
 }
 
 HRESULT drawBlended(LayerSurface& surface, const IconPixels& icon, const IconMaps& maps) {
-    const LayerFormat format = surface.format();
     IconTables tables;
-    const HRESULT hr = buildTables(format, maps.colors(), maps.transparencies(), tables);
+    const HRESULT hr = buildTables(icon.format, maps.colors(), maps.transparencies(), tables);
     if (FAILED(hr)) {
         return hr;
     }
-    if (format == LayerFormat::Rgb32 &&
+    if (icon.format == LayerFormat::Rgb32 &&
         SUCCEEDED(surface.blendIconInHardware({icon.target, icon.rows, tables}))) {
         return S_OK;
     }
     return drawOnBits(surface, icon, [&](const PixelRows& layer, Extent extent) {
-        blendIcon(format, layer, icon.rows, extent, tables);
+        blendIcon(icon.format, layer, icon.rows, extent, tables);
     });
 }
 
@@ -159,11 +161,11 @@ HRESULT drawBlended(LayerSurface& surface, const IconPixels& icon, const IconMap
 HRESULT drawIconPixels(LayerSurface& surface, const SourceImage& icon, SAFEARRAY* colorMap,
                        SAFEARRAY* transparencyMap, long left, long top, const Rect& clip) {
     const Rect target = intersect(placeScaled(left, top, icon.width, icon.height, 1.0), clip);
-    if (target.empty() || !surface.hasBuffer()) {
+    if (target.empty()) {
         return S_OK;
     }
     ImagePlanes planes;
-    const HRESULT hr = planes.acquire(icon.image.Get(), ImageKind::Grey8, icon.width, icon.height);
+    const HRESULT hr = planes.acquire(icon);
     if (FAILED(hr)) {
         return hr;
     }
@@ -174,8 +176,9 @@ HRESULT drawIconPixels(LayerSurface& surface, const SourceImage& icon, SAFEARRAY
     const PlaneView& plane = planes[0];
     const std::int64_t column = std::int64_t{target.left} - left;
     const std::int64_t row = std::int64_t{target.top} - top;
-    const IconPixels pixels{{plane.data + row * plane.stride + column, plane.stride}, target};
-    switch (surface.format()) {
+    const IconPixels pixels{
+        {plane.data + row * plane.stride + column, plane.stride}, target, surface.format()};
+    switch (pixels.format) {
     case LayerFormat::Unspecified:
         return S_OK;
     case LayerFormat::Pal8:
@@ -203,23 +206,24 @@ HRESULT drawIcon(LayerSurface& surface, EngineState& state, ITalImage8Grey* icon
     if (!icon) {
         return S_OK;
     }
-    HRESULT hr = checkMap(colorMap, sizeof(OLE_COLOR));
-    if (SUCCEEDED(hr)) {
-        hr = checkMap(transparencyMap, sizeof(BYTE));
-    }
     SourceImage source;
     source.image = icon;
     source.kind = ImageKind::Grey8;
-    if (SUCCEEDED(hr)) {
-        hr = readSize(source);
-    }
+    HRESULT hr = readSize(source);
     if (FAILED(hr)) {
         return hr;
     }
     const Rect placed = placeIcon(placement, source);
     const Rect clip = intersect(intersect(placed, placement.clip), {0, 0, state.width, state.height});
-    if (clip.empty() || source.width <= 0 || source.height <= 0) {
+    if (clip.empty() || source.width <= 0 || source.height <= 0 || !surface.hasBuffer()) {
         return S_OK;
+    }
+    hr = checkMap(colorMap, sizeof(OLE_COLOR));
+    if (SUCCEEDED(hr)) {
+        hr = checkMap(transparencyMap, sizeof(BYTE));
+    }
+    if (FAILED(hr)) {
+        return hr;
     }
     if (isUnitScale(placement.scale)) {
         return drawIconPixels(surface, source, colorMap, transparencyMap, placed.left, placed.top, clip);

@@ -1,3 +1,5 @@
+// See draw_image.h.
+
 #include "render/draw_image.h"
 
 #include "render/resampler.h"
@@ -19,10 +21,13 @@ HRESULT drawImage(LayerSurface& surface, EngineState& state, ITalImage* image,
     const auto& [x, y, scale, callerClip] = placement;
     const Rect placed = placeScaled(x, y, source.width, source.height, scale);
     const Rect clip = intersect(intersect(placed, callerClip), {0, 0, state.width, state.height});
-    if (clip.empty() || source.width <= 0 || source.height <= 0) {
+    if (clip.empty() || source.width <= 0 || source.height <= 0 || !surface.hasBuffer()) {
         return S_OK;
     }
-    source.kind = imageKind(image);
+    findKind(source);
+    if (source.kind == ImageKind::None) {
+        return S_OK;
+    }
     if (isUnitScale(scale)) {
         return transfer(surface, state.colors, source, x, y, clip);
     }
@@ -34,7 +39,8 @@ HRESULT drawImage(LayerSurface& surface, EngineState& state, ITalImage* image,
     if (FAILED(hr) || !scaled.image) {
         return hr;
     }
-    return transfer(surface, state.colors, scaled, clip.left, clip.top, clip);
+    source = std::move(scaled);
+    return transfer(surface, state.colors, source, clip.left, clip.top, clip);
 }
 
 } // namespace talx

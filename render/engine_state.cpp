@@ -1,3 +1,5 @@
+// See engine_state.h.
+
 #include "render/engine_state.h"
 
 namespace talx {

@@ -1,3 +1,5 @@
+// See image_planes.h.
+
 #include "render/image_planes.h"
 
 #include "com/error_codes.h"
@@ -10,10 +12,14 @@ using Microsoft::WRL::ComPtr;
 
 namespace {
 
-template <class Interface>
-bool answers(ITalImage* image) {
-    ComPtr<Interface> found;
-    return SUCCEEDED(image->QueryInterface(IID_PPV_ARGS(&found))) && found;
+template <class Kind>
+bool queryKind(IUnknown* object, SourceImage& source) {
+    ComPtr<Kind> found;
+    if (FAILED(object->QueryInterface(IID_PPV_ARGS(&found))) || !found) {
+        return false;
+    }
+    source.image = found;
+    return true;
 }
 
 // A read access to the whole plane of an object that offers one.
@@ -28,17 +34,48 @@ HRESULT createAccess(IUnknown* object, PelAccess& access) {
 
 } // namespace
 
-ImageKind imageKind(ITalImage* image) {
-    if (answers<ITalImage8Grey>(image)) {
-        return ImageKind::Grey8;
+HRESULT readSize(SourceImage& source) {
+    long width = 0;
+    long height = 0;
+    HRESULT hr = source.image->get_Width(&width);
+    if (SUCCEEDED(hr)) {
+        hr = source.image->get_Height(&height);
     }
-    if (answers<ITalImageColor>(image)) {
-        return ImageKind::Color;
+    source.width = width;
+    source.height = height;
+    return hr;
+}
+
+void findKind(SourceImage& source) {
+    const ComPtr<ITalImage> image = source.image;
+    for (const ImageKind kind : {ImageKind::Grey8, ImageKind::Color, ImageKind::Grey16, ImageKind::Range16}) {
+        source.kind = kind;
+        if (SUCCEEDED(setImage(source, image.Get()))) {
+            return;
+        }
     }
-    if (answers<ITalImage16Grey>(image)) {
-        return ImageKind::Grey16;
+    source.kind = ImageKind::None;
+}
+
+HRESULT setImage(SourceImage& source, IUnknown* object) {
+    bool found = false;
+    switch (source.kind) {
+    case ImageKind::Grey8:
+        found = queryKind<ITalImage8Grey>(object, source);
+        break;
+    case ImageKind::Color:
+        found = queryKind<ITalImageColor>(object, source);
+        break;
+    case ImageKind::Grey16:
+        found = queryKind<ITalImage16Grey>(object, source);
+        break;
+    case ImageKind::Range16:
+        found = queryKind<ITalImage16Range>(object, source);
+        break;
+    case ImageKind::None:
+        break;
     }
-    return answers<ITalImage16Range>(image) ? ImageKind::Range16 : ImageKind::None;
+    return found ? S_OK : E_FAIL;
 }
 
 PelAccess::~PelAccess() {
@@ -66,13 +103,13 @@ HRESULT PelAccess::rows(PixelRows& rows) const {
     return S_OK;
 }
 
-HRESULT ImagePlanes::acquire(ITalImage* image, ImageKind kind, std::int32_t width, std::int32_t height) {
-    const HRESULT created = createAccesses(image, kind);
+HRESULT ImagePlanes::acquire(const SourceImage& source) {
+    const HRESULT created = createAccesses(source);
     if (FAILED(created)) {
         return created;
     }
     for (int plane = 0; plane < count_; ++plane) {
-        const HRESULT hr = accesses_[plane].view(width, height, views_[plane]);
+        const HRESULT hr = accesses_[plane].view(source.width, source.height, views_[plane]);
         if (FAILED(hr)) {
             return hr;
         }
@@ -80,48 +117,43 @@ HRESULT ImagePlanes::acquire(ITalImage* image, ImageKind kind, std::int32_t widt
     return S_OK;
 }
 
-HRESULT ImagePlanes::createAccesses(ITalImage* image, ImageKind kind) {
-    switch (kind) {
+HRESULT ImagePlanes::createAccesses(const SourceImage& source) {
+    ITalImage* const image = source.image.Get();
+    switch (source.kind) {
     case ImageKind::Grey8:
         count_ = 1;
         return createAccess<ITalPelAccessSource>(image, accesses_[0]);
-    case ImageKind::Color: {
-        ComPtr<ITalImageColor> color;
-        if (FAILED(image->QueryInterface(IID_PPV_ARGS(&color)))) {
-            return E_FAIL;
-        }
-        for (count_ = 0; count_ < 3; ++count_) {
-            ComPtr<IUnknown> plane;
-            HRESULT hr = color->GetPlane(count_, &plane);
-            if (SUCCEEDED(hr)) {
-                hr = plane ? createAccess<ITalPelAccessSource>(plane.Get(), accesses_[count_])
-                           : E_TAL_NO_PIXEL_DATA;
-            }
-            if (FAILED(hr)) {
-                return hr;
-            }
-        }
-        return S_OK;
-    }
-    case ImageKind::Grey16: {
-        ComPtr<ITalImage16Grey> grey;
-        if (FAILED(image->QueryInterface(IID_PPV_ARGS(&grey))) || FAILED(grey->get_DepthCode(&depthCode_))) {
+    case ImageKind::Color:
+        return createColorAccesses(static_cast<ITalImageColor*>(image));
+    case ImageKind::Grey16:
+        if (FAILED(static_cast<ITalImage16Grey*>(image)->get_DepthCode(&depthCode_))) {
             return E_FAIL;
         }
         count_ = 1;
         return createAccess<ITalPelAccessSource16>(image, accesses_[0]);
-    }
     case ImageKind::Range16: {
-        ComPtr<ITalImage16Range> range;
-        if (FAILED(image->QueryInterface(IID_PPV_ARGS(&range)))) {
-            return E_FAIL;
-        }
-        const HRESULT hr = range->CreatePelAccesses(accesses_[0].put(), accesses_[1].put());
+        const HRESULT hr =
+            static_cast<ITalImage16Range*>(image)->CreatePelAccesses(accesses_[0].put(), accesses_[1].put());
         count_ = accesses_[1] ? 2 : 1;
         return hr;
     }
     case ImageKind::None:
         break;
+    }
+    return S_OK;
+}
+
+HRESULT ImagePlanes::createColorAccesses(ITalImageColor* color) {
+    for (count_ = 0; count_ < 3; ++count_) {
+        ComPtr<IUnknown> plane;
+        HRESULT hr = color->GetPlane(count_, &plane);
+        if (SUCCEEDED(hr)) {
+            hr = plane ? createAccess<ITalPelAccessSource>(plane.Get(), accesses_[count_])
+                       : E_TAL_NO_PIXEL_DATA;
+        }
+        if (FAILED(hr)) {
+            return hr;
+        }
     }
     return S_OK;
 }

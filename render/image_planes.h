@@ -11,9 +11,23 @@ namespace talx {
 
 enum class ImageKind { None, Grey8, Color, Grey16, Range16 };
 
-// The first kind interface that an image answers, in the order of the enumeration. None for an image that
-// answers none: it is never drawn.
-[[nodiscard]] ImageKind imageKind(ITalImage* image);
+// An image as the steps of drawing hand it on.
+struct SourceImage {
+    Microsoft::WRL::ComPtr<ITalImage> image; // its kind interface once the kind is known
+    ImageKind kind = ImageKind::None;
+    std::int32_t width = 0;
+    std::int32_t height = 0;
+};
+
+// Reads the size of source.image.
+HRESULT readSize(SourceImage& source);
+
+// Finds the first kind interface that source.image answers, in the order of the enumeration, and puts it in
+// the image's place. None for an image that answers none: it is never drawn.
+void findKind(SourceImage& source);
+
+// Makes an object the image of a source of a known kind. E_FAIL when it lacks the kind's interface.
+HRESULT setImage(SourceImage& source, IUnknown* object);
 
 // An access to one plane, unlocked at the end.
 class PelAccess {
@@ -40,9 +54,9 @@ private:
 // (values and mask) for range.
 class ImagePlanes {
 public:
-    // width and height are the image's own. Failures: that of creating an access; E_TAL_NO_PIXEL_DATA for a
-    // plane or an address that is null; E_FAIL for an image that lacks an interface of its kind.
-    HRESULT acquire(ITalImage* image, ImageKind kind, std::int32_t width, std::int32_t height);
+    // Failures: that of creating an access; E_TAL_NO_PIXEL_DATA for a plane or an address that is null;
+    // E_FAIL for an image that lacks a source of accesses.
+    HRESULT acquire(const SourceImage& source);
 
     [[nodiscard]] int count() const { return count_; }
     [[nodiscard]] const PlaneView& operator[](int plane) const { return views_[plane]; }
@@ -50,7 +64,8 @@ public:
     [[nodiscard]] long depthCode() const { return depthCode_; }
 
 private:
-    HRESULT createAccesses(ITalImage* image, ImageKind kind);
+    HRESULT createAccesses(const SourceImage& source);
+    HRESULT createColorAccesses(ITalImageColor* color);
 
     std::array<PelAccess, 3> accesses_;
     std::array<PlaneView, 3> views_;

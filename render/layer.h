@@ -26,7 +26,8 @@ public:
     [[nodiscard]] virtual LayerFormat format() const = 0;
 
     // Makes the pixels accessible for the length of one call of draw and returns its result, or the failure
-    // to reach the pixels. Only for a surface that has a buffer.
+    // to reach the pixels (or throws it, as _com_error). Only for a surface that has a buffer. draw must not
+    // call anything that could change the buffer.
     virtual HRESULT withBits(const std::function<HRESULT(const LayerBits&)>& draw) = 0;
 
     // The palette that a palettised buffer's indices refer to; null for other formats.

@@ -1,3 +1,5 @@
+// See resampler.h.
+
 #include "render/resampler.h"
 
 #include "render/pixels/kernels.h"
@@ -49,7 +51,7 @@ HRESULT fill(ITalImageMemory* memory, const ImagePlanes& planes, ImageKind kind,
     for (int plane = 0; plane < planes.count() && SUCCEEDED(hr); ++plane) {
         PelAccess access;
         PixelRows rows;
-        hr = memory->CreatePlaneAccess(plane, talPelAccessWrite, access.put());
+        hr = memory->CreatePlaneAccess(plane, talPelAccessReadWrite, access.put());
         if (SUCCEEDED(hr)) {
             hr = access.rows(rows);
         }
@@ -61,18 +63,6 @@ HRESULT fill(ITalImageMemory* memory, const ImagePlanes& planes, ImageKind kind,
 }
 
 } // namespace
-
-HRESULT readSize(SourceImage& source) {
-    long width = 0;
-    long height = 0;
-    HRESULT hr = source.image->get_Width(&width);
-    if (SUCCEEDED(hr)) {
-        hr = source.image->get_Height(&height);
-    }
-    source.width = width;
-    source.height = height;
-    return hr;
-}
 
 HRESULT resample(const SourceImage& source, double scale, long x, long y, const Rect& clip,
                  SamplingMethod method, SourceImage& result) {
@@ -99,7 +89,7 @@ HRESULT resample(const SourceImage& source, double scale, long x, long y, const 
         return hr;
     }
     ImagePlanes planes;
-    hr = planes.acquire(source.image.Get(), source.kind, source.width, source.height);
+    hr = planes.acquire(source);
     if (FAILED(hr)) {
         return hr;
     }
@@ -110,7 +100,7 @@ HRESULT resample(const SourceImage& source, double scale, long x, long y, const 
     result.kind = source.kind;
     result.width = static_cast<std::int32_t>(target.width());
     result.height = static_cast<std::int32_t>(target.height());
-    return memory.As(&result.image);
+    return setImage(result, memory.Get());
 }
 
 } // namespace talx

@@ -10,17 +10,6 @@ namespace talx {
 
 enum class SamplingMethod { Nearest, CentreAligned };
 
-// A source image of a known kind and size, as the steps of drawing hand it on.
-struct SourceImage {
-    Microsoft::WRL::ComPtr<ITalImage> image;
-    ImageKind kind = ImageKind::None;
-    std::int32_t width = 0;
-    std::int32_t height = 0;
-};
-
-// Reads the size of source.image.
-HRESULT readSize(SourceImage& source);
-
 // A new image of the source's kind that holds the pixels of clip when the source is drawn at (x, y) at this
 // scale: its pixel (0, 0) belongs at (clip.left, clip.top). clip lies inside the scaled image.
 //

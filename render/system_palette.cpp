@@ -1,3 +1,5 @@
+// See system_palette.h.
+
 #include "render/system_palette.h"
 
 #include <algorithm>

@@ -15,7 +15,7 @@ using PaletteEntries = std::array<PALETTEENTRY, 256>;
 // A logical palette of these entries; null when it cannot be made.
 [[nodiscard]] UniquePalette createPalette(const PaletteEntries& entries);
 
-// The index of the palette's colour nearest to 0x00BBGGRR.
+// The index of the palette's colour nearest to 0x00BBGGRR; 255 without a palette.
 [[nodiscard]] inline BYTE nearestPaletteIndex(HPALETTE palette, COLORREF color) {
     return static_cast<BYTE>(GetNearestPaletteIndex(palette, color));
 }

@@ -1,3 +1,5 @@
+// See transfer.h.
+
 #include "render/transfer.h"
 
 #include "render/pixels/row_converters.h"
@@ -84,8 +86,8 @@ void drawKind(ImageKind kind, const Transfer& t) {
 
 void draw(ImageKind kind, const Transfer& t) {
     switch (t.layer.format) {
-    case LayerFormat::Pal8:
-        return drawGrey8<LayerFormat::Pal8>(t);
+    case LayerFormat::Pal8: // the other kinds are never drawn on a palette
+        return kind == ImageKind::Grey8 ? drawGrey8<LayerFormat::Pal8>(t) : void();
     case LayerFormat::Rgb15:
         return drawKind<LayerFormat::Rgb15>(kind, t);
     case LayerFormat::Rgb16:
@@ -103,23 +105,23 @@ void draw(ImageKind kind, const Transfer& t) {
 
 HRESULT transfer(LayerSurface& surface, ColorState& colors, const SourceImage& source, long x, long y,
                  const Rect& clip) {
-    if (clip.empty() || !surface.hasBuffer()) {
+    const Rect inImage = intersect(clip, placeScaled(x, y, source.width, source.height, 1.0));
+    if (inImage.empty() || !surface.hasBuffer()) {
         return S_OK;
     }
+    // The image's own code runs before the buffer's pixels are held, so that nothing it does to the engine
+    // can pull them away.
+    ImagePlanes planes;
+    const HRESULT hr = planes.acquire(source);
+    if (FAILED(hr)) {
+        return hr;
+    }
     return surface.withBits([&](const LayerBits& layer) {
-        const Rect inImage = intersect(clip, placeScaled(x, y, source.width, source.height, 1.0));
         const Rect target = intersect(inImage, {0, 0, layer.width, layer.height});
-        const bool drawable = layer.format == LayerFormat::Pal8 ? source.kind == ImageKind::Grey8
-                                                                : layer.format != LayerFormat::Unspecified;
-        if (target.empty() || !drawable || source.kind == ImageKind::None) {
-            return S_OK;
-        }
-        ImagePlanes planes;
-        const HRESULT hr = planes.acquire(source.image.Get(), source.kind, source.width, source.height);
-        if (SUCCEEDED(hr)) {
+        if (!target.empty()) {
             draw(source.kind, {layer, target, x, y, planes, colors});
         }
-        return hr;
+        return S_OK;
     });
 }
 

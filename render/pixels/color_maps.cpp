@@ -74,7 +74,7 @@ void GreyColorMap8::updateTable(std::uint8_t k) {
 void GreyColorMap8::setEntry(std::uint8_t k, ColorEntry color, const NearestPaletteIndex& nearest) {
     growToWholeMap(colorEntries_);
     if (!paletteIndex_.empty())
-        paletteIndex_[k] = nearest(toColorRef(color)); // first: when it throws, nothing has changed
+        paletteIndex_[k] = nearest(toColorRef(color));
     colorEntries_[k] = color;
     isSet_ = true;
     updateTable<LayerFormat::Pal8>(k);

@@ -47,7 +47,7 @@ public:
     // The colour of entry k; the grey ramp where the owner gave fewer entries.
     [[nodiscard]] ColorEntry entry(std::uint8_t k) const;
     // Sets one colour and updates the tables in place; the map then has at least 256 entries. nearest is
-    // asked only on palettised layers.
+    // asked only once there are palette indices.
     void setEntry(std::uint8_t k, ColorEntry color, const NearestPaletteIndex& nearest);
 
     [[nodiscard]] bool isSet() const { return isSet_; }

@@ -36,7 +36,7 @@ struct Rect {
     return static_cast<std::int32_t>(std::clamp(v, lo, hi));
 }
 
-// v cut toward zero. What leaves the 64-bit range is held at +-2^62, what is not a number counts as 0.
+// v cut toward zero. Held within +-2^62; what is not a number counts as 0.
 [[nodiscard]] inline std::int64_t cutToInt64(double v) {
     constexpr double limit = 4611686018427387904.0;
     return std::isnan(v) ? 0 : static_cast<std::int64_t>(std::clamp(v, -limit, limit));

@@ -97,8 +97,8 @@ void resampleNearest(const PlaneView& source, const PixelRows& destination, doub
     }
 }
 
-// Fixed point: 64-bit words with the whole part in the upper half and a fraction of 16 bits below it. They
-// wrap around, which only words without any meaning do.
+// Fixed point: 64-bit words with the whole part in the upper half and a fraction of 16 bits below it.
+// Overflow wraps around; it can happen only for positions outside every computable range.
 std::uint64_t toFixed(double v) {
     return static_cast<std::uint64_t>(cutToInt64(v * 65536)) << 16;
 }

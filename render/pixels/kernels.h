@@ -11,7 +11,8 @@
 
 namespace talx {
 
-// Nearest neighbour: destination pixel x shows source pixel trunc(x / scale), whole scales as k x k blocks.
+// Nearest neighbour: destination pixel x shows source pixel trunc(x * (1 / scale)), whole scales as k x k
+// blocks.
 void resampleNearest8(const PlaneView& source, const PixelRows& destination, double scale,
                       const Rect& target);
 void resampleNearest16(const PlaneView& source, const PixelRows& destination, double scale,

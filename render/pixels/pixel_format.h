@@ -71,6 +71,21 @@ static_assert(sizeof(ColorEntry) == 3);
     return toRgb32(e.red, e.green, e.blue);
 }
 
+// A colour as a pixel of a format, in the low bits; Rgb24 as Rgb32. 0 for formats that have no colours.
+[[nodiscard]] constexpr std::uint32_t toPixel(LayerFormat format, ColorEntry e) {
+    switch (format) {
+    case LayerFormat::Rgb15:
+        return toRgb15(e);
+    case LayerFormat::Rgb16:
+        return toRgb16(e);
+    case LayerFormat::Rgb24:
+    case LayerFormat::Rgb32:
+        return toRgb32(e);
+    default:
+        return 0;
+    }
+}
+
 // The pixels of a layer, top row first. Not owned; valid while the layer is held.
 struct LayerBits {
     std::uint8_t* bits = nullptr;
