@@ -63,10 +63,7 @@ STDMETHODIMP CTalGDIRenderEngine::Initialize(__int64 Hwnd, long Width, long Heig
         }
         dib_.setFormat(screenFormat());
         if (dib_.format() == LayerFormat::Pal8) {
-            const HRESULT hr = makePalette(windowDc.get());
-            if (FAILED(hr)) {
-                return frame.fail(hr, IDS_SET_PALETTE_FAILED);
-            }
+            makePalette(windowDc.get());
         }
         if (!makeComposition(Width, Height)) {
             return frame.fail(E_TAL_NO_DIB_SECTION);
@@ -179,10 +176,9 @@ STDMETHODIMP CTalGDIRenderEngine::PaletteChange() {
     });
 }
 
-HRESULT CTalGDIRenderEngine::makePalette(HDC windowDc) {
+void CTalGDIRenderEngine::makePalette(HDC windowDc) {
     palette_ = SelectedPalette(memoryDc_.get(), createPalette(systemPaletteEntries(windowDc)));
     updateColorLookup();
-    return palette() ? S_OK : E_FAIL;
 }
 
 STDMETHODIMP CTalGDIRenderEngine::SetRenderTargetFromHDC(__int64 Hdc) {

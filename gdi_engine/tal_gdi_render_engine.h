@@ -63,7 +63,8 @@ private:
         UniquePalette palette_;
     };
 
-    HRESULT makePalette(HDC windowDc);
+    // The step always counts as done: without a palette the engine goes on with the system's default colours.
+    void makePalette(HDC windowDc);
     // Makes the composition bitmap of the given size and selects it into the memory device context.
     bool makeComposition(long width, long height);
 
