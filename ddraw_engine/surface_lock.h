@@ -1,0 +1,54 @@
+// Access to the pixels of a DirectDraw surface for the length of a scope.
+#pragma once
+
+#include "ddraw_engine/direct_draw.h"
+
+#include <cstdint>
+
+namespace talx {
+
+class SurfaceLock {
+public:
+    // Locks the whole surface, restoring it first if it is lost. A null surface throws _com_error(E_FAIL).
+    explicit SurfaceLock(IDirectDrawSurface* surface) : surface_(surface) {
+        if (!surface) {
+            throw _com_error(E_FAIL);
+        }
+        restoreIfLost(surface);
+        auto description = sizedStructure<DDSURFACEDESC>();
+        result_ = surface->Lock(nullptr, &description, DDLOCK_WAIT, nullptr);
+        if (SUCCEEDED(result_) && !description.lpSurface) {
+            result_ = E_POINTER;
+        }
+        if (SUCCEEDED(result_)) {
+            bits_ = static_cast<std::uint8_t*>(description.lpSurface);
+            pitch_ = description.lPitch;
+            width_ = static_cast<std::int32_t>(description.dwWidth);
+            height_ = static_cast<std::int32_t>(description.dwHeight);
+            bytesPerPixel_ = static_cast<int>((description.ddpfPixelFormat.dwRGBBitCount + 1) / 8);
+        }
+    }
+    // Also after a lock that failed.
+    ~SurfaceLock() { surface_->Unlock(bits_); }
+    SurfaceLock(const SurfaceLock&) = delete;
+    SurfaceLock& operator=(const SurfaceLock&) = delete;
+
+    // That of the lock. After a failure the other values are zero.
+    [[nodiscard]] HRESULT result() const { return result_; }
+    [[nodiscard]] std::uint8_t* bits() const { return bits_; }  // top left pixel
+    [[nodiscard]] std::int32_t pitch() const { return pitch_; } // bytes from row to row
+    [[nodiscard]] std::int32_t width() const { return width_; }
+    [[nodiscard]] std::int32_t height() const { return height_; }
+    [[nodiscard]] int bytesPerPixel() const { return bytesPerPixel_; }
+
+private:
+    Microsoft::WRL::ComPtr<IDirectDrawSurface> surface_;
+    HRESULT result_ = E_FAIL;
+    std::uint8_t* bits_ = nullptr;
+    std::int32_t pitch_ = 0;
+    std::int32_t width_ = 0;
+    std::int32_t height_ = 0;
+    int bytesPerPixel_ = 0;
+};
+
+} // namespace talx

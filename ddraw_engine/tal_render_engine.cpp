@@ -1,0 +1,177 @@
+// Setting up the DirectDraw engine: creation, Initialize, SetExtent and the palette.
+
+#include "ddraw_engine/tal_render_engine.h"
+
+#include "render/system_palette.h"
+
+using namespace talx;
+using Microsoft::WRL::ComPtr;
+
+namespace {
+
+// Set once, as the module is loaded.
+bool forceSoftwareBlend = false;
+
+struct FailedStep {
+    HRESULT hr;
+    UINT messageId;
+};
+
+void step(HRESULT hr, UINT messageId) {
+    if (FAILED(hr)) {
+        throw FailedStep{hr, messageId};
+    }
+}
+
+} // namespace
+
+std::span<const ComInterfaceEntry> CTalRenderEngine::interfaceMap() {
+    static constexpr ComInterfaceEntry entries[] = {
+        comInterface<CTalRenderEngine, IProvideClassInfo2>(),
+        comInterface<CTalRenderEngine, ISupportErrorInfo>(),
+        comInterface<CTalRenderEngine, ITalRenderEngine2>(),
+        comInterface<CTalRenderEngine, ITalRenderEngine2, ITalRenderEngine>(),
+        comInterface<CTalRenderEngine, ITalRenderEngineScalingParams>(),
+    };
+    return entries;
+}
+
+void WINAPI CTalRenderEngine::ObjectMain(bool starting) {
+    if (!starting) {
+        return;
+    }
+    // The loader's lock is held: kernel32 only.
+    wchar_t value[20];
+    GetPrivateProfileStringW(L"TalDisplay", L"AlphaBlend", L"AutoDetect", value, ARRAYSIZE(value),
+                             L"Orbiscope.INI");
+    forceSoftwareBlend = CompareStringOrdinal(value, -1, L"Software", -1, TRUE) == CSTR_EQUAL;
+}
+
+HRESULT CTalRenderEngine::FinalConstruct() {
+    library_.create(directDraw_);
+    return S_OK;
+}
+
+STDMETHODIMP CTalRenderEngine::Initialize(__int64 Hwnd, long Width, long Height) {
+    return method(L"Initialize", [&](const MethodFrame& frame) {
+        if (state_.initialized) {
+            return S_OK;
+        }
+        const auto window = reinterpret_cast<HWND>(static_cast<INT_PTR>(Hwnd));
+        try {
+            step(directDraw_ ? S_OK : library_.create(directDraw_), IDS_NO_DIRECTDRAW);
+            askForDirect3D();
+            releaseSurfaces();
+            step(required(directDraw_)->SetCooperativeLevel(window, DDSCL_NORMAL), IDS_NO_COOPERATIVE_LEVEL);
+            step(createPrimary(), IDS_NO_PRIMARY_SURFACE);
+            step(readScreenFormat(), IDS_NO_PIXEL_FORMAT);
+            step(directDraw_->CreateClipper(0, &clipper_, nullptr), IDS_NO_CLIPPER);
+            step(required(clipper_)->SetHWnd(0, window), IDS_CLIPPER_HWND_FAILED);
+            step(createComposition(Width, Height), IDS_NO_OFFSCREEN_SURFACE);
+            step(primary_->SetClipper(clipper_.Get()), IDS_SET_CLIPPER_FAILED);
+            step(setUpPalette(window), IDS_SET_PALETTE_FAILED);
+        } catch (const FailedStep& failed) {
+            return frame.fail(failed.hr, failed.messageId);
+        }
+        fillSurface(composition_.Get(), {0, 0, Width, Height}, 0xFFFFFFFF);
+        state_.width = Width;
+        state_.height = Height;
+        window_ = window;
+        state_.initialized = true;
+        return S_OK;
+    });
+}
+
+STDMETHODIMP CTalRenderEngine::SetExtent(long Width, long Height) {
+    return initializedMethod(L"SetExtent", [&](const MethodFrame&) {
+        if (Width == state_.width && Height == state_.height) {
+            return S_OK;
+        }
+        composition_.Reset();
+        iconBlender_.release();
+        state_.width = Width;
+        state_.height = Height;
+        // Owners count on success here; drawing tells them of the missing surface.
+        if (SUCCEEDED(createComposition(Width, Height))) {
+            fillSurface(composition_.Get(), {0, 0, Width, Height}, 0x00FFFFFF);
+        }
+        return S_OK;
+    });
+}
+
+STDMETHODIMP CTalRenderEngine::PaletteChange() {
+    return method(L"PaletteChange", [&](const MethodFrame&) {
+        const PaletteEntries entries = systemPaletteEntries(WindowDc(window_).get());
+        SetPaletteEntries(gdiPalette_.get(), 0, static_cast<UINT>(entries.size()), entries.data());
+        updateColorLookup();
+        return S_OK;
+    });
+}
+
+void CTalRenderEngine::askForDirect3D() {
+    if (!direct3d_ && !forceSoftwareBlend) {
+        required(directDraw_)->QueryInterface(IID_IDirect3D2, &direct3d_);
+    }
+}
+
+void CTalRenderEngine::releaseSurfaces() {
+    primary_.Reset();
+    composition_.Reset();
+    clipper_.Reset();
+    iconBlender_.release();
+}
+
+HRESULT CTalRenderEngine::createPrimary() {
+    auto description = sizedStructure<DDSURFACEDESC>();
+    description.dwFlags = DDSD_CAPS;
+    description.ddsCaps.dwCaps = DDSCAPS_PRIMARYSURFACE;
+    return createSurface(directDraw_.Get(), description, primary_);
+}
+
+HRESULT CTalRenderEngine::readScreenFormat() {
+    auto format = sizedStructure<DDPIXELFORMAT>();
+    const HRESULT hr = primary_->GetPixelFormat(&format);
+    if (FAILED(hr)) {
+        return hr;
+    }
+    switch (format.dwRGBBitCount) {
+    case 8:
+        screenFormat_ = LayerFormat::Pal8;
+        break;
+    case 16:
+        screenFormat_ = format.dwRBitMask == 0xF800 ? LayerFormat::Rgb16 : LayerFormat::Rgb15;
+        break;
+    case 24:
+        screenFormat_ = LayerFormat::Rgb24;
+        break;
+    case 32:
+        screenFormat_ = LayerFormat::Rgb32;
+        break;
+    default:
+        break;
+    }
+    return S_OK;
+}
+
+HRESULT CTalRenderEngine::createComposition(long width, long height) {
+    const DWORD caps = direct3d_ ? DDSCAPS_OFFSCREENPLAIN | DDSCAPS_3DDEVICE : DDSCAPS_OFFSCREENPLAIN;
+    return createSurface(directDraw_.Get(), caps, width, height, composition_);
+}
+
+HRESULT CTalRenderEngine::setUpPalette(HWND window) {
+    if (screenFormat_ != LayerFormat::Pal8) {
+        return S_OK;
+    }
+    PaletteEntries entries;
+    {
+        const WindowDc dc(window);
+        entries = systemPaletteEntries(dc.get());
+        gdiPalette_ = createPalette(entries);
+    }
+    updateColorLookup();
+    directDrawPalette_.Reset();
+    const HRESULT created =
+        directDraw_->CreatePalette(DDPCAPS_8BIT, entries.data(), &directDrawPalette_, nullptr);
+    restoreIfLost(primary_.Get());
+    return FAILED(created) ? created : primary_->SetPalette(directDrawPalette_.Get());
+}

@@ -1,0 +1,75 @@
+// The DirectDraw render engine: composes in an off-screen surface and copies it to the primary surface.
+#pragma once
+
+#include "com/class_info.h"
+#include "com/com_object.h"
+#include "ddraw_engine/direct_draw.h"
+#include "ddraw_engine/icon_blend_d3d.h"
+#include "render/gdi_handles.h"
+#include "render/render_engine_base.h"
+
+class CTalRenderEngine : public talx::CComObjectRootEx<talx::CComSingleThreadModel>,
+                         public talx::CComCoClass<CTalRenderEngine, TalRenderEngine>,
+                         public talx::IProvideClassInfo2Impl<TalRenderEngine, ITalRenderEngine>,
+                         public talx::ISupportErrorInfoImpl,
+                         public talx::RenderEngineBase,
+                         public talx::ScalingParamsImpl<CTalRenderEngine> {
+public:
+    CTalRenderEngine() : RenderEngineBase(GetObjectCLSID()) {}
+
+    static std::span<const talx::ComInterfaceEntry> interfaceMap();
+
+    // Reads, as the module is loaded, whether icons may be blended by Direct3D.
+    static void WINAPI ObjectMain(bool starting);
+
+    // Makes the DirectDraw object. Where there is none, Initialize will say so.
+    HRESULT FinalConstruct();
+
+    STDMETHOD(Initialize)(__int64 Hwnd, long Width, long Height) override;
+    STDMETHOD(SetExtent)(long Width, long Height) override;
+    STDMETHOD(PaletteChange)() override;
+
+    STDMETHOD(Fill)(long Lyr, long Ulx, long Uly, long Lrx, long Lry, OLE_COLOR Clr) override;
+    STDMETHOD(GetDrawContext)(long Lyr, __int64* phdc) override;
+    STDMETHOD(ReleaseDrawContext)(long Lyr, __int64 Hdc) override;
+    STDMETHOD(RefreshScreen)(long Sx, long Sy, long Ulx, long Uly, long Lrx, long Lry) override;
+
+private:
+    friend class talx::ScalingParamsImpl<CTalRenderEngine>;
+
+    // RenderEngineBase
+    talx::EngineState& state() override { return state_; }
+
+    // LayerSurface
+    bool hasBuffer() const override { return composition_ != nullptr; }
+    talx::LayerFormat format() const override { return screenFormat_; }
+    HRESULT withBits(const std::function<HRESULT(const talx::LayerBits&)>& draw) override;
+    HPALETTE palette() const override { return gdiPalette_.get(); }
+    HRESULT blendIconInHardware(const talx::IconBlendJob& job) override;
+
+    // The steps of Initialize.
+    void askForDirect3D();
+    void releaseSurfaces();
+    HRESULT createPrimary();
+    HRESULT readScreenFormat();
+    HRESULT createComposition(long width, long height);
+    HRESULT setUpPalette(HWND window);
+
+    // A colour 0x00BBGGRR as a pixel of the composition surface.
+    [[nodiscard]] DWORD fillPixel(COLORREF color) const;
+
+    // Members go in reverse order: first the palette and the colours, then what DirectDraw made, last its
+    // library.
+    talx::DirectDrawLibrary library_;
+    HWND window_ = nullptr;
+    Microsoft::WRL::ComPtr<IDirectDraw> directDraw_;
+    Microsoft::WRL::ComPtr<IDirect3D2> direct3d_; // null where icons are blended in software
+    talx::IconBlenderD3d iconBlender_;
+    Microsoft::WRL::ComPtr<IDirectDrawSurface> composition_; // null after a SetExtent that could not make it
+    Microsoft::WRL::ComPtr<IDirectDrawSurface> primary_;
+    Microsoft::WRL::ComPtr<IDirectDrawClipper> clipper_;
+    Microsoft::WRL::ComPtr<IDirectDrawPalette> directDrawPalette_; // 8-bit screens only
+    talx::EngineState state_;
+    talx::LayerFormat screenFormat_ = talx::LayerFormat::Unspecified;
+    talx::UniquePalette gdiPalette_; // 8-bit screens only
+};
