@@ -1,3 +1,5 @@
+// See direct_draw.h.
+
 #include "ddraw_engine/direct_draw.h"
 
 namespace talx {

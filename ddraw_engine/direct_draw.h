@@ -2,7 +2,7 @@
 // surfaces in more than one place.
 #pragma once
 
-#include "render/pixels/geometry.h"
+#include "render/win_types.h"
 
 #include <comdef.h>
 #include <ddraw.h>
@@ -42,10 +42,6 @@ template <class Structure>
     Structure result{};
     result.dwSize = sizeof(Structure);
     return result;
-}
-
-[[nodiscard]] inline RECT toRECT(const Rect& r) {
-    return {r.left, r.top, r.right, r.bottom};
 }
 
 // Makes a surface as described. A success without a surface counts as E_POINTER.

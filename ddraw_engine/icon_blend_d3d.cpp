@@ -1,3 +1,5 @@
+// See icon_blend_d3d.h.
+
 #include "ddraw_engine/icon_blend_d3d.h"
 
 #include "ddraw_engine/surface_lock.h"

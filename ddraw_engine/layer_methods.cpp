@@ -6,7 +6,7 @@
 
 #include <olectl.h>
 
-using namespace talx;
+namespace talx {
 
 namespace {
 
@@ -53,7 +53,7 @@ STDMETHODIMP CTalRenderEngine::GetDrawContext(long /*Lyr*/, __int64* phdc) {
             composition_->ReleaseDC(dc);
             return frame.fail(FAILED(hr) ? hr : E_FAIL, IDS_GETDC_FAILED);
         }
-        *phdc = reinterpret_cast<INT_PTR>(dc);
+        *phdc = fromHandle(dc);
         return S_OK;
     });
 }
@@ -64,7 +64,7 @@ STDMETHODIMP CTalRenderEngine::ReleaseDrawContext(long /*Lyr*/, __int64 Hdc) {
             return S_OK;
         }
         restoreIfLost(composition_.Get());
-        const HRESULT hr = composition_->ReleaseDC(reinterpret_cast<HDC>(static_cast<INT_PTR>(Hdc)));
+        const HRESULT hr = composition_->ReleaseDC(toHandle<HDC>(Hdc));
         return FAILED(hr) ? E_FAIL : S_OK; // without error information
     });
 }
@@ -99,19 +99,8 @@ HRESULT CTalRenderEngine::blendIconInHardware(const IconBlendJob& job) {
 }
 
 DWORD CTalRenderEngine::fillPixel(COLORREF color) const {
-    const ColorEntry entry = fromColorRef(color);
-    switch (screenFormat_) {
-    case LayerFormat::Pal8:
-        return nearestPaletteIndex(gdiPalette_.get(), color);
-    case LayerFormat::Rgb15:
-        return toRgb15(entry);
-    case LayerFormat::Rgb16:
-        return toRgb16(entry);
-    case LayerFormat::Rgb24:
-    case LayerFormat::Rgb32:
-        return toRgb32(entry);
-    case LayerFormat::Unspecified:
-        break;
-    }
-    return 0;
+    return screenFormat_ == LayerFormat::Pal8 ? nearestPaletteIndex(gdiPalette_.get(), color)
+                                              : toPixel(screenFormat_, fromColorRef(color));
 }
+
+} // namespace talx

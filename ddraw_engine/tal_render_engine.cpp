@@ -4,8 +4,7 @@
 
 #include "render/system_palette.h"
 
-using namespace talx;
-using Microsoft::WRL::ComPtr;
+namespace talx {
 
 namespace {
 
@@ -57,7 +56,7 @@ STDMETHODIMP CTalRenderEngine::Initialize(__int64 Hwnd, long Width, long Height)
         if (state_.initialized) {
             return S_OK;
         }
-        const auto window = reinterpret_cast<HWND>(static_cast<INT_PTR>(Hwnd));
+        const auto window = toHandle<HWND>(Hwnd);
         try {
             step(directDraw_ ? S_OK : library_.create(directDraw_), IDS_NO_DIRECTDRAW);
             askForDirect3D();
@@ -175,3 +174,5 @@ HRESULT CTalRenderEngine::setUpPalette(HWND window) {
     restoreIfLost(primary_.Get());
     return FAILED(created) ? created : primary_->SetPalette(directDrawPalette_.Get());
 }
+
+} // namespace talx

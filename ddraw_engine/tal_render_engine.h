@@ -8,16 +8,18 @@
 #include "render/gdi_handles.h"
 #include "render/render_engine_base.h"
 
-class CTalRenderEngine : public talx::CComObjectRootEx<talx::CComSingleThreadModel>,
-                         public talx::CComCoClass<CTalRenderEngine, TalRenderEngine>,
-                         public talx::IProvideClassInfo2Impl<TalRenderEngine, ITalRenderEngine>,
-                         public talx::ISupportErrorInfoImpl,
-                         public talx::RenderEngineBase,
-                         public talx::ScalingParamsImpl<CTalRenderEngine> {
+namespace talx {
+
+class CTalRenderEngine : public CComObjectRootEx<CComSingleThreadModel>,
+                         public CComCoClass<CTalRenderEngine, TalRenderEngine>,
+                         public IProvideClassInfo2Impl<TalRenderEngine, ITalRenderEngine>,
+                         public ISupportErrorInfoImpl,
+                         public RenderEngineBase,
+                         public ScalingParamsImpl<CTalRenderEngine> {
 public:
     CTalRenderEngine() : RenderEngineBase(GetObjectCLSID()) {}
 
-    static std::span<const talx::ComInterfaceEntry> interfaceMap();
+    static std::span<const ComInterfaceEntry> interfaceMap();
 
     // Reads, as the module is loaded, whether icons may be blended by Direct3D.
     static void WINAPI ObjectMain(bool starting);
@@ -35,17 +37,17 @@ public:
     STDMETHOD(RefreshScreen)(long Sx, long Sy, long Ulx, long Uly, long Lrx, long Lry) override;
 
 private:
-    friend class talx::ScalingParamsImpl<CTalRenderEngine>;
+    friend class ScalingParamsImpl<CTalRenderEngine>;
 
     // RenderEngineBase
-    talx::EngineState& state() override { return state_; }
+    EngineState& state() override { return state_; }
 
     // LayerSurface
     bool hasBuffer() const override { return composition_ != nullptr; }
-    talx::LayerFormat format() const override { return screenFormat_; }
-    HRESULT withBits(const std::function<HRESULT(const talx::LayerBits&)>& draw) override;
+    LayerFormat format() const override { return screenFormat_; }
+    HRESULT withBits(const std::function<HRESULT(const LayerBits&)>& draw) override;
     HPALETTE palette() const override { return gdiPalette_.get(); }
-    HRESULT blendIconInHardware(const talx::IconBlendJob& job) override;
+    HRESULT blendIconInHardware(const IconBlendJob& job) override;
 
     // The steps of Initialize.
     void askForDirect3D();
@@ -60,16 +62,18 @@ private:
 
     // Members go in reverse order: first the palette and the colours, then what DirectDraw made, last its
     // library.
-    talx::DirectDrawLibrary library_;
+    DirectDrawLibrary library_;
     HWND window_ = nullptr;
     Microsoft::WRL::ComPtr<IDirectDraw> directDraw_;
     Microsoft::WRL::ComPtr<IDirect3D2> direct3d_; // null where icons are blended in software
-    talx::IconBlenderD3d iconBlender_;
+    IconBlenderD3d iconBlender_;
     Microsoft::WRL::ComPtr<IDirectDrawSurface> composition_; // null after a SetExtent that could not make it
     Microsoft::WRL::ComPtr<IDirectDrawSurface> primary_;
     Microsoft::WRL::ComPtr<IDirectDrawClipper> clipper_;
     Microsoft::WRL::ComPtr<IDirectDrawPalette> directDrawPalette_; // 8-bit screens only
-    talx::EngineState state_;
-    talx::LayerFormat screenFormat_ = talx::LayerFormat::Unspecified;
-    talx::UniquePalette gdiPalette_; // 8-bit screens only
+    EngineState state_;
+    LayerFormat screenFormat_ = LayerFormat::Unspecified;
+    UniquePalette gdiPalette_; // 8-bit screens only
 };
+
+} // namespace talx

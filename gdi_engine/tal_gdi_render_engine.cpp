@@ -3,6 +3,7 @@
 #include "gdi_engine/tal_gdi_render_engine.h"
 
 #include "render/system_palette.h"
+#include "render/win_types.h"
 
 #include <olectl.h>
 #include <wrl/client.h>
@@ -12,11 +13,6 @@ namespace talx {
 using Microsoft::WRL::ComPtr;
 
 namespace {
-
-template <class Handle>
-Handle toHandle(__int64 value) {
-    return reinterpret_cast<Handle>(static_cast<INT_PTR>(value));
-}
 
 // The bitmap of a picture. The platform's pictures keep IPicture apart from IPictureDisp; one that does not
 // answer for IPicture is taken to be laid out as it.
@@ -28,10 +24,6 @@ HBITMAP bitmapOf(IPictureDisp* picture) {
     OLE_HANDLE handle = 0;
     methods->get_Handle(&handle);
     return toHandle<HBITMAP>(static_cast<LONG>(handle));
-}
-
-RECT toRECT(const Rect& r) {
-    return {r.left, r.top, r.right, r.bottom};
 }
 
 } // namespace
@@ -126,7 +118,7 @@ STDMETHODIMP CTalGDIRenderEngine::GetDrawContext(long, __int64* phdc) {
             return frame.fail(E_POINTER);
         }
         SelectClipRgn(memoryDc_.get(), nullptr);
-        *phdc = reinterpret_cast<INT_PTR>(memoryDc_.get());
+        *phdc = fromHandle(memoryDc_.get());
         return S_OK;
     });
 }
