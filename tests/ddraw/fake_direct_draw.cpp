@@ -1,0 +1,285 @@
+#define CINTERFACE // interfaces as tables of functions: only what the engine needs is filled in
+#include <initguid.h>
+#include <windows.h>
+
+#include <ddraw.h>
+
+#include <d3d.h>
+
+#include "tests/ddraw/fake_direct_draw.h"
+
+#include <sstream>
+
+namespace talx::test {
+
+namespace {
+
+FakeDisplay* current = nullptr;
+
+template <class Interface>
+FakeObject& of(Interface* pointer) {
+    return *reinterpret_cast<FakeObject*>(pointer);
+}
+
+void print(std::ostream& out, const RECT& r) {
+    out << std::dec << " (" << r.left << "," << r.top << "," << r.right << "," << r.bottom << ")" << std::hex;
+}
+template <class Argument>
+void print(std::ostream& out, Argument argument) {
+    if constexpr (requires { argument->dwSize; }) {
+        EXPECT_EQ(sizeof *argument, argument->dwSize);
+    }
+    if constexpr (std::is_same_v<Argument, RECT*>) {
+        argument ? print(out, *argument) : void(out << " all");
+    } else if constexpr (requires { argument->lpVtbl; }) {
+        out << " " << (argument ? of(argument).name : "none");
+    } else if constexpr (requires { argument->dwFillColor; }) {
+        out << " " << argument->dwFillColor;
+    } else if constexpr (requires { argument->ddsCaps; }) {
+        print(out, RECT{0, 0, LONG(argument->dwWidth), LONG(argument->dwHeight)});
+        out << " caps " << argument->ddsCaps.dwCaps;
+    } else if constexpr (std::is_same_v<Argument, GUID>) {
+        out << " " << argument.Data1;
+    } else if constexpr (std::is_same_v<Argument, HWND>) {
+        out << (IsWindow(argument) ? " window" : " no window");
+    } else if constexpr (std::is_integral_v<Argument> || std::is_enum_v<Argument> ||
+                         std::is_same_v<Argument, HDC>) {
+        out << " " << argument;
+    }
+}
+
+HRESULT record(FakeDisplay& display, const std::string& call) {
+    display.calls.push_back(call);
+    return std::any_of(display.refuse.begin(), display.refuse.end(),
+                       [&](const auto& beginning) { return call.starts_with(beginning); })
+               ? FakeDisplay::failure
+               : S_OK;
+}
+template <class Interface, class... Arguments>
+HRESULT record(Interface* self, const std::string& method, Arguments... arguments) {
+    std::ostringstream out;
+    out << std::hex << of(self).name << "." << method;
+    (print(out, arguments), ...);
+    return record(of(self).display, out.str());
+}
+
+// A method that does nothing else.
+template <FunctionName name, class Interface, class... Arguments>
+HRESULT WINAPI recorded(Interface* self, Arguments... arguments) {
+    return record(self, name.text, arguments...);
+}
+
+template <class Interface>
+ULONG WINAPI addRef(Interface* self) {
+    return ++of(self).references;
+}
+template <class Interface>
+ULONG WINAPI release(Interface* self) {
+    FakeObject& object = of(self);
+    const ULONG left = --object.references;
+    if (left == 0) {
+        bool intact = true;
+        for (int i = 0; i < static_cast<int>(object.memory.size()); ++i) {
+            const int x = i % object.pitch(), y = i / object.pitch();
+            intact &= (x < object.width * object.bytes && y < object.height) || object.memory[i] == 0xCD;
+        }
+        EXPECT_TRUE(intact) << object.name << " was written beside its pixels";
+        --object.display.objects;
+        object.display.surfaces.erase(object.name);
+        object.display.calls.push_back("~" + object.name);
+        delete &object;
+    }
+    return left;
+}
+
+HRESULT WINAPI unexpected() {
+    ADD_FAILURE() << "a method that the engine should not need";
+    return E_NOTIMPL;
+}
+
+// Puts a new object into result unless the call that makes it failed. fill sets the methods that are needed.
+template <class Interface, class Fill>
+HRESULT make(FakeDisplay& display, HRESULT hr, const std::string& name, Interface** result, Fill fill) {
+    static const auto table = [&] {
+        std::remove_cvref_t<decltype(*Interface::lpVtbl)> t;
+        std::fill_n(reinterpret_cast<void**>(&t), sizeof t / sizeof(void*),
+                    reinterpret_cast<void*>(&unexpected));
+        t.AddRef = addRef;
+        t.Release = release;
+        fill(t);
+        return t;
+    }();
+    if (SUCCEEDED(hr)) {
+        *result = reinterpret_cast<Interface*>(new FakeObject{&table, display, name});
+        ++display.objects;
+    }
+    return hr;
+}
+
+void paint(FakeObject& surface, const RECT& r, auto&& source) {
+    for (int y = std::max(r.top, 0L); y < std::min<LONG>(r.bottom, surface.height); ++y) {
+        for (int x = std::max(r.left, 0L); x < std::min<LONG>(r.right, surface.width); ++x) {
+            std::memcpy(surface.at(x, y), source(x, y), surface.bytes);
+        }
+    }
+}
+
+HRESULT WINAPI blt(IDirectDrawSurface* self, RECT* to, IDirectDrawSurface* from, RECT* part, DWORD flags,
+                   DDBLTFX* fx) {
+    const HRESULT hr = record(self, "Blt", to, from, part, flags, fx);
+    const bool fill = flags & DDBLT_COLORFILL;
+    if (FAILED(hr) || (!fill && !from)) {
+        return FAILED(hr) ? hr : DDERR_INVALIDPARAMS;
+    }
+    if (of(self).lost || (from && of(from).lost)) {
+        return FakeDisplay::surfaceLost;
+    }
+    paint(of(self), *to, [&](int x, int y) -> const void* {
+        return fill ? static_cast<void*>(&fx->dwFillColor)
+                    : of(from).at(x - to->left + part->left, y - to->top + part->top);
+    });
+    return S_OK;
+}
+
+// Lock, and GetSurfaceDesc as a lock that nobody sees.
+HRESULT describe(HRESULT hr, FakeObject& surface, DDSURFACEDESC& d) {
+    d.dwWidth = static_cast<DWORD>(surface.width);
+    d.dwHeight = static_cast<DWORD>(surface.height);
+    d.lPitch = surface.pitch();
+    d.ddpfPixelFormat.dwRGBBitCount = surface.display.bits;
+    d.lpSurface = FAILED(hr) ? nullptr : surface.memory.data();
+    return SUCCEEDED(hr) && surface.lost ? FakeDisplay::surfaceLost : hr;
+}
+
+const auto surfaceMethods = [](auto& t) {
+    t.QueryInterface = [](IDirectDrawSurface* self, REFIID iid, void** texture) {
+        return make(of(self).display, record(self, "QueryInterface", iid), "handle",
+                    reinterpret_cast<IDirect3DTexture2**>(texture), [](auto& t) {
+                        t.GetHandle = [](IDirect3DTexture2* self, IDirect3DDevice2* device, DWORD* handle) {
+                            *handle = 7;
+                            return record(self, "GetHandle", device);
+                        };
+                    });
+    };
+    t.Blt = blt;
+    t.SetClipper = recorded<"SetClipper">;
+    t.SetPalette = recorded<"SetPalette">;
+    t.ReleaseDC = recorded<"ReleaseDC">;
+    t.GetPixelFormat = [](IDirectDrawSurface* self, DDPIXELFORMAT* format) {
+        format->dwRGBBitCount = of(self).display.bits;
+        format->dwRBitMask = of(self).display.redMask;
+        return record(self, "GetPixelFormat", format);
+    };
+    t.IsLost = [](IDirectDrawSurface* self) {
+        return of(self).lost ? FakeDisplay::surfaceLost : DD_OK;
+    };
+    t.Restore = [](IDirectDrawSurface* self) {
+        of(self).lost = false;
+        return record(self, "Restore");
+    };
+    t.GetSurfaceDesc = [](IDirectDrawSurface* self, DDSURFACEDESC* d) {
+        return describe(record(self, "GetSurfaceDesc"), of(self), *d);
+    };
+    t.Lock = [](IDirectDrawSurface* self, RECT* rect, DDSURFACEDESC* d, DWORD flags, HANDLE) {
+        return describe(record(self, "Lock", rect, d, flags), of(self), *d);
+    };
+    t.Unlock = [](IDirectDrawSurface* self, void* memory) {
+        return record(self, memory ? "Unlock" : "Unlock null");
+    };
+    t.GetDC = [](IDirectDrawSurface* self, HDC* dc) {
+        *dc = reinterpret_cast<HDC>(of(self).display.context);
+        return record(self, "GetDC");
+    };
+};
+
+const auto deviceMethods = [](auto& t) {
+    t.GetCaps = [](IDirect3DDevice2* self, D3DDEVICEDESC* hardware, D3DDEVICEDESC* software) {
+        hardware->dwMaxTextureWidth = hardware->dwMaxTextureHeight = of(self).display.maxTextureSide;
+        return record(self, "GetCaps", hardware, software);
+    };
+    t.AddViewport = recorded<"AddViewport">;
+    t.SetCurrentViewport = recorded<"SetCurrentViewport">;
+    t.BeginScene = recorded<"BeginScene">;
+    t.EndScene = recorded<"EndScene">;
+    t.SetRenderState = recorded<"SetRenderState">;
+    // Paints the rectangle in a colour of its own; what breaks off has done half of its rows.
+    t.DrawPrimitive = [](IDirect3DDevice2* self, D3DPRIMITIVETYPE type, D3DVERTEXTYPE vertexType,
+                         void* vertices, DWORD count, DWORD flags) {
+        const HRESULT hr = record(self, "DrawPrimitive", type, vertexType, count, flags);
+        const auto* v = static_cast<D3DTLVERTEX*>(vertices);
+        RECT r{LONG(v[0].sx + 0.5f), LONG(v[0].sy + 0.5f), LONG(v[3].sx + 0.5f), LONG(v[3].sy + 0.5f)};
+        r.bottom = FAILED(hr) ? (r.top + r.bottom) / 2 : r.bottom;
+        paint(*of(self).display.surfaces.at("layer"), r, [](int, int) { return &FakeDisplay::drawnColor; });
+        return hr;
+    };
+};
+
+const auto direct3dMethods = [](auto& t) {
+    t.CreateDevice = [](IDirect3D2* self, REFCLSID id, IDirectDrawSurface* target,
+                        IDirect3DDevice2** device) {
+        return make(of(self).display, record(self, "CreateDevice", id, target), "device", device,
+                    deviceMethods);
+    };
+    t.CreateViewport = [](IDirect3D2* self, IDirect3DViewport2** viewport, IUnknown*) {
+        return make(of(self).display, record(self, "CreateViewport"), "viewport", viewport,
+                    [](auto& t) { t.SetViewport2 = recorded<"SetViewport2">; });
+    };
+};
+
+const auto directDrawMethods = [](auto& t) {
+    t.QueryInterface = [](IDirectDraw* self, REFIID iid, void** direct3d) {
+        return make(of(self).display, record(self, "QueryInterface", iid), "direct3d",
+                    reinterpret_cast<IDirect3D2**>(direct3d), direct3dMethods);
+    };
+    t.SetCooperativeLevel = recorded<"SetCooperativeLevel">;
+    t.CreateClipper = [](IDirectDraw* self, DWORD flags, IDirectDrawClipper** clipper, IUnknown*) {
+        return make(of(self).display, record(self, "CreateClipper", flags), "clipper", clipper,
+                    [](auto& t) { t.SetHWnd = recorded<"SetHWnd">; });
+    };
+    t.CreatePalette = [](IDirectDraw* self, DWORD flags, PALETTEENTRY* entries, IDirectDrawPalette** palette,
+                         IUnknown*) {
+        std::copy_n(entries, 256, of(self).display.palette.begin());
+        return make(of(self).display, record(self, "CreatePalette", flags), "palette", palette, [](auto&) {});
+    };
+    t.CreateSurface = [](IDirectDraw* self, DDSURFACEDESC* d, IDirectDrawSurface** result, IUnknown*) {
+        FakeDisplay& display = of(self).display;
+        const DWORD caps = d->ddsCaps.dwCaps;
+        const std::string name = caps & DDSCAPS_PRIMARYSURFACE     ? "primary"
+                                 : caps & DDSCAPS_TEXTURE          ? "texture"
+                                 : display.surfaces.count("layer") ? "saved"
+                                                                   : "layer";
+        const HRESULT hr =
+            make(display, record(self, "CreateSurface " + name, d), name, result, surfaceMethods);
+        if (SUCCEEDED(hr)) {
+            FakeObject& surface = *(display.surfaces[name] = &of(*result));
+            surface.lost = display.bornLost;
+            surface.width = static_cast<int>(d->dwWidth);
+            surface.height = static_cast<int>(d->dwHeight) - (name == "layer" ? display.missingRows : 0);
+            surface.bytes = static_cast<int>(display.bits + 1) / 8;
+            surface.memory.assign(surface.pitch() * (d->dwHeight + 1), 0xCD);
+        }
+        return hr;
+    };
+};
+
+HRESULT WINAPI create(GUID*, IDirectDraw** directDraw, IUnknown*) {
+    return make(*current, record(*current, "DirectDrawCreate"), "directdraw", directDraw, directDrawMethods);
+}
+
+} // namespace
+
+FakeDisplay::FakeDisplay(HMODULE module)
+    : hook_(module, [this](HMODULE library, LPCSTR name) {
+          return std::string("DirectDrawCreate") == name
+                     ? reinterpret_cast<FARPROC>(reinterpret_cast<void*>(&create))
+                     : hook_.original(library, name);
+      }) {
+    current = this;
+}
+
+bool FakeDisplay::called(const std::string& beginning) const {
+    return std::any_of(calls.begin(), calls.end(),
+                       [&](const auto& call) { return call.starts_with(beginning); });
+}
+
+} // namespace talx::test

@@ -1,0 +1,306 @@
+// Where the composition goes: the window, a caller's context, pictures of every format; palettes; the
+// engine's end.
+#include "tests/gdi/gdi_view.h"
+
+namespace talx::test {
+namespace {
+
+HBITMAP bitmapOf(IUnknown* picture) {
+    ComPtr<IPicture> face;
+    OLE_HANDLE handle = 0;
+    EXPECT_EQ(S_OK, picture->QueryInterface(IID_PPV_ARGS(&face)));
+    EXPECT_EQ(S_OK, face->get_Handle(&handle));
+    return reinterpret_cast<HBITMAP>(static_cast<INT_PTR>(static_cast<LONG>(handle)));
+}
+
+// An owner's own picture: its pointer is an IPicture, of which only the first method is asked, and it answers
+// no question for another interface. Lives on the test's stack.
+struct OwnPicture final : IUnknown {
+    explicit OwnPicture(HBITMAP shown) : bitmap(shown) {}
+    ~OwnPicture() { EXPECT_EQ(0, references) << "a picture is not held"; }
+    IPictureDisp* pointer() { return reinterpret_cast<IPictureDisp*>(this); }
+
+    HBITMAP bitmap;
+    long references = 0;
+    STDMETHOD(QueryInterface)(REFIID, void** object) override { return *object = nullptr, E_NOINTERFACE; }
+    STDMETHOD_(ULONG, AddRef)() override { return ++references; }
+    STDMETHOD_(ULONG, Release)() override { return --references; }
+    STDMETHOD(get_Handle)(OLE_HANDLE* handle) {
+        EXPECT_LT(0, references) << "used without a reference";
+        *handle = static_cast<OLE_HANDLE>(reinterpret_cast<UINT_PTR>(bitmap));
+        return bitmap ? S_OK : E_FAIL;
+    }
+};
+
+struct GdiTargets : testing::TestWithParam<int>, GdiView {
+    GdiTargets() : GdiView(GetParam()) {
+        EXPECT_EQ(S_OK, initialize());
+        EXPECT_EQ(S_OK, engine.As(&targets));
+    }
+    ~GdiTargets() override { ReleaseDC(window.handle(), windowContext); }
+
+    HRESULT makePicture(long format, IPictureDisp** made) const {
+        return targets->CreateDIBRenderTarget(static_cast<TalRenderTargetFormatConstants>(format), made);
+    }
+    ComPtr<IPictureDisp> picture(long format = 0) const {
+        ComPtr<IPictureDisp> result;
+        EXPECT_EQ(S_OK, makePicture(format, &result));
+        return result;
+    }
+    void show(IPictureDisp* picture) const { EXPECT_EQ(S_OK, targets->SetRenderTargetFromDIB(picture)); }
+    void refresh(RECT r = {0, 0, width, height}) const {
+        EXPECT_EQ(S_OK, engine->RefreshScreen(100, -100, r.left, r.top, r.right, r.bottom));
+    }
+    void fill(COLORREF color) const { EXPECT_EQ(S_OK, engine->Fill(0, 0, 0, width, height, color)); }
+
+    ComPtr<ITalRenderTargetAccess> targets;
+    HDC windowContext = GetDC(window.handle());
+    TestContext caller{width + 9, height + 9};
+};
+INSTANTIATE_TEST_SUITE_P(Screens, GdiTargets, everyScreen, testing::PrintToStringParamName());
+
+TEST_P(GdiTargets, GetTheClippedRectangleFromTheUnclippedPlace) {
+    scribble();
+    const auto source = colors();
+    const RECT view{0, 0, width, height};
+    std::vector<HGDIOBJ> palettes; // that were selected into the target
+    ImportHook<HOOK(SelectPalette)> hook(engineModule(), [&](HDC dc, HPALETTE palette, WINBOOL background) {
+        EXPECT_FALSE(background);
+        palettes.push_back(dc == caller.dc ? palette : nullptr);
+        return hook.original(dc, palette, background);
+    });
+    for (const RECT& r : {RECT{0, 0, 61, 47}, RECT{5, 6, 15, 16}, RECT{40, 30, 999, 999},
+                          RECT{-7, -3, 20, 12}, RECT{9, 9, 3, 3}, RECT{61, 0, 90, 20}, RECT{-9, -9, 0, 0}}) {
+        PatBlt(caller.dc, 0, 0, 999, 999, BLACKNESS);
+        SetPixelV(caller.dc, width, height, white);
+        EXPECT_EQ(S_OK, targets->SetRenderTargetFromHDC(caller.value()));
+        palettes.clear();
+        refresh(r);
+        RECT c{};
+        const bool shows = IntersectRect(&c, &r, &view);
+        EXPECT_EQ(shows && format() == 8
+                      ? (std::vector<HGDIOBJ>{palette(), GetCurrentObject(caller.dc, OBJ_PAL)})
+                      : std::vector<HGDIOBJ>{},
+                  palettes);
+        const auto shown = colorsOf(caller.dc);
+        int wrong = 0;
+        for (int i = 0; i < (width + 9) * (height + 9); ++i) {
+            const POINT p{i % (width + 9), i / (width + 9)};
+            const long x = p.x - c.left + r.left, y = p.y - c.top + r.top;
+            if (!PtInRect(&c, p)) {
+                wrong += shown[i] != (p.x == width && p.y == height ? white : black);
+            } else if (x >= 0 && y >= 0) { // what lies outside the bitmap has no defined colour
+                wrong += (shown[i] & precisionOf(format())) != source[y * width + x];
+            }
+        }
+        EXPECT_EQ(0, wrong) << "from " << r.left << ", " << r.top;
+    }
+}
+
+TEST_P(GdiTargets, IncludeAWindowEvenWhenItIsGone) {
+    fill(white);
+    PatBlt(windowContext, 0, 0, 100, 80, BLACKNESS);
+    refresh({8, 4, 30, 20});
+    const POINT inside[] = {{8, 4}, {29, 19}}, outside[] = {{7, 4}, {8, 3}, {30, 19}, {29, 20}, {41, 48}};
+    for (const POINT& p : inside) {
+        EXPECT_EQ(white, GetPixel(windowContext, p.x, p.y));
+    }
+    for (const POINT& p : outside) {
+        EXPECT_EQ(black, GetPixel(windowContext, p.x, p.y));
+    }
+    DestroyWindow(window.handle());
+    refresh();
+}
+
+TEST_P(GdiTargets, PicturesHaveTheirFormatAndShowTheComposition) {
+    for (const int asked : {0, 8, 15, 16, 24, 32}) {
+        SCOPED_TRACE(asked);
+        const auto made = picture(asked);
+        short type = 0;
+        ComPtr<IPicture> face;
+        EXPECT_EQ(S_OK, made.As(&face));
+        EXPECT_EQ(S_OK, face->get_Type(&type));
+        EXPECT_EQ(PICTYPE_BITMAP, type);
+        const int expected = asked ? asked : format();
+        const DIBSECTION section = BitmapBits(bitmapOf(made.Get())).section();
+        const DWORD* masks = section.dsBitfields;
+        EXPECT_EQ(expected, formatOf(section));
+        EXPECT_EQ(width, section.dsBm.bmWidth);
+        EXPECT_EQ(height, section.dsBm.bmHeight);
+        if (expected == 15 || expected == 16) {
+            EXPECT_EQ(
+                (std::tuple{expected == 16 ? 0xF800u : 0x7C00u, expected == 16 ? 0x07E0u : 0x03E0u, 0x1Fu}),
+                (std::tuple{masks[0], masks[1], masks[2]}));
+        }
+        scribble();
+        const auto source = colors();
+        show(made.Get());
+        refresh({0, 0, width, 20});
+        refresh({4, 20, width, height});
+        show(nullptr);
+        const auto shown = colorsOf(TestContext(bitmapOf(made.Get())).dc);
+        const COLORREF common = asked == 8 && format() != 8 ? 0 // without a palette all its colours are black
+                                                            : precisionOf(expected) & precisionOf(format());
+        int wrong = 0;
+        for (int i = 0; i < width * height; ++i) {
+            const bool refreshed = i / width < 20 || i % width >= 4;
+            wrong += refreshed ? ((source[i] ^ shown[i]) & common) != 0 : shown[i] != shown[20 * width];
+        }
+        EXPECT_EQ(0, wrong);
+    }
+    for (const long nonsense : {-1L, 1L, 4L, 7L, 17L, 0x10008L}) {
+        IPictureDisp* none = reinterpret_cast<IPictureDisp*>(1);
+        expectNoDibSection(makePicture(nonsense, &none));
+        EXPECT_EQ(nullptr, none);
+    }
+    expectBare(E_POINTER, makePicture(24, nullptr));
+}
+
+TEST_P(GdiTargets, WorkInEveryOrderAndLeakNothing) {
+    const ComPtr<IPictureDisp> pictures[]{picture(), picture(32)};
+    IPictureDisp* target = nullptr; // a picture, or
+    HDC shows = windowContext;      // where the view is seen
+    const auto leave = [&](HDC dc) {
+        EXPECT_EQ(S_OK, rand() % 2 && !dc ? targets->SetRenderTargetFromDIB(nullptr)
+                                          : targets->SetRenderTargetFromHDC(reinterpret_cast<__int64>(dc)));
+        target = nullptr;
+        shows = dc ? dc : windowContext;
+    };
+    const auto live = leaks.live();
+    for (int step = 0; step < 4000 && !HasFailure(); ++step) {
+        if (rand() % 2) {
+            leave(rand() % 2 ? caller.dc : nullptr);
+        } else {
+            if (target) { // between two pictures an owner goes back to the window
+                leave(nullptr);
+            }
+            if (step % 4 == 0) { // one that lives no longer than it takes to show
+                const auto brief = picture(everyFormat[rand() % 5]);
+                show(brief.Get());
+                refresh();
+                leave(nullptr);
+            }
+            show(target = pictures[rand() % 2].Get());
+        }
+        const COLORREF color = rand() % 2 ? white : black;
+        fill(color);
+        SetPixelV(shows, 7, 7, ~color & white);
+        refresh();
+        EXPECT_EQ(target ? ~color & white : color, GetPixel(shows, 7, 7)) << "in step " << step;
+        if (IPictureDisp* const shown = rand() % 2 ? target : nullptr) {
+            leave(nullptr);
+            EXPECT_EQ(color, GetPixel(TestContext(bitmapOf(shown)).dc, 7, 7)) << "in step " << step;
+        }
+    }
+    leave(nullptr);
+    EXPECT_EQ(live, leaks.live());
+}
+
+TEST_P(GdiTargets, AcceptAnOwnersPicture) {
+    OwnPicture own(caller.own), without(nullptr);
+    SelectObject(caller.dc, caller.saved);
+    show(own.pointer());
+    fill(white);
+    refresh();
+    show(nullptr);
+    SelectObject(caller.dc, caller.own);
+    EXPECT_EQ(white, GetPixel(caller.dc, 60, 46));
+    targets->SetRenderTargetFromDIB(without.pointer()); // nothing to draw into, nothing to lose
+    refresh();
+    show(nullptr);
+
+    EXPECT_EQ(S_OK, targets->SetRenderTargetFromHDC(caller.value()));
+    {
+        const ImportHook<HOOK(CreateCompatibleDC)> hook(engineModule(), [](HDC) -> HDC { return nullptr; });
+        expectNoCompatibleContext(targets->SetRenderTargetFromDIB(own.pointer()));
+    }
+    fill(black);
+    SetPixelV(windowContext, 9, 9, white);
+    refresh();
+    EXPECT_EQ(white, GetPixel(caller.dc, 9, 9)) << "not the target any more";
+    EXPECT_EQ(black, GetPixel(windowContext, 9, 9));
+}
+
+TEST_P(GdiTargets, ReportWhyAPictureCannotBeMade) {
+    const ComPtr<IPictureDisp> stray = picture();
+    IPictureDisp* none = reinterpret_cast<IPictureDisp*>(1);
+    DibRequests requests;
+    requests.failures = 2;
+    expectNoDibSection(makePicture(16, &none));
+    EXPECT_EQ(nullptr, none);
+    requests.failures = 1;
+    EXPECT_EQ(15, formatOf(BitmapBits(bitmapOf(picture(16).Get())).section())) << "without masks";
+    for (const HRESULT hr : {E_OUTOFMEMORY, E_UNEXPECTED}) {
+        const ImportHook<HOOK(OleCreatePictureIndirect)> hook(
+            engineModule(), [&](PICTDESC* description, REFIID iid, WINBOOL own, void** object) {
+                EXPECT_EQ(24u, description->cbSizeofstruct);
+                EXPECT_EQ(UINT{PICTYPE_BITMAP}, description->picType);
+                EXPECT_EQ(nullptr, description->bmp.hpal);
+                EXPECT_TRUE(own && iid == IID_IPictureDisp);
+                *object = nullptr;
+                return hr == E_UNEXPECTED ? stray.CopyTo(iid, object), hr : hr; // failing, yet yielding one
+            });
+        none = reinterpret_cast<IPictureDisp*>(1);
+        expectError(hr, L"CreateDIBRenderTarget", makePicture(0, &none));
+        EXPECT_EQ(nullptr, none);
+    }
+    EXPECT_EQ(2u, stray->AddRef());
+    stray->Release();
+    expectNoDibSection(engine->SetExtent(0, 0));
+    expectNoDibSection(makePicture(0, &none));
+}
+
+// Whatever the target is at the end, the engine gives back its own objects and none of the caller's.
+TEST_P(GdiTargets, AreLeftAtTheEngineEnd) {
+    const ComPtr<IPictureDisp> made = picture();
+    for (const int state : {0, 1, 2, 3}) {
+        if (state == 1) {
+            EXPECT_EQ(S_OK, targets->SetRenderTargetFromHDC(caller.value()));
+        } else if (state == 2) {
+            show(made.Get());
+            EXPECT_FALSE(TestContext(bitmapOf(made.Get())).saved) << "the engine's context holds it";
+        } else if (state == 3) {
+            expectNoDibSection(engine->SetExtent(0, 0));
+        }
+        refresh();
+        targets.Reset();
+        engine = newEngine();
+        EXPECT_EQ(0u, leaks.live());
+        EXPECT_EQ(S_OK, initialize());
+        EXPECT_EQ(S_OK, engine.As(&targets));
+    }
+    EXPECT_EQ(DWORD{OBJ_MEMDC}, GetObjectType(caller.dc));
+    EXPECT_TRUE(TestContext(bitmapOf(made.Get())).saved);
+}
+
+TEST_P(GdiTargets, FollowThePaletteOfTheSystem) {
+    EXPECT_EQ(S_OK, newEngine()->PaletteChange()) << "before there is any";
+    for (int x = 0; x < width; ++x) {
+        bits().row(0)[x] = static_cast<BYTE>(4 * x);
+    }
+    auto expected = colors();
+    screen.changePalette(3);
+    for (int x = 0; x < width && GetParam() == 8; ++x) {
+        const PALETTEENTRY& e = screen.palette[4 * x];
+        expected[x] = RGB(e.peRed, e.peGreen, e.peBlue);
+    }
+    EXPECT_EQ(S_OK, engine->PaletteChange());
+    EXPECT_EQ(expected, colors());
+}
+
+TEST(GdiScaling, MethodIsStoredAsGiven) {
+    ComPtr<ITalRenderEngineScalingParams> scaling;
+    EXPECT_EQ(S_OK, GdiView::newEngine().As(&scaling));
+    auto method = talRenderEngineScalingMethodBilinearInterpolation;
+    EXPECT_EQ(S_OK, scaling->get_ScalingMethod(&method));
+    EXPECT_EQ(talRenderEngineScalingMethodNoInterpolation, method);
+    for (const int value : {1, 7, -1, 0}) {
+        EXPECT_EQ(S_OK,
+                  scaling->put_ScalingMethod(static_cast<TalRenderEngineScalingMethodConstants>(value)));
+        EXPECT_EQ(S_OK, scaling->get_ScalingMethod(&method));
+        EXPECT_EQ(value, static_cast<int>(method));
+    }
+}
+
+} // namespace
+} // namespace talx::test

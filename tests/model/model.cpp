@@ -1,0 +1,262 @@
+// The per-pixel model of drawing.
+#include "tests/model/model.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace talx::model {
+
+namespace {
+
+// v without its fraction; held at +-2^62, and 0 when it is not a number.
+std::int64_t trunc64(double v) {
+    return std::isnan(v) ? 0 : static_cast<std::int64_t>(std::clamp(v, -0x1p62, 0x1p62));
+}
+
+std::int32_t to32Bits(std::int64_t v) {
+    return static_cast<std::int32_t>(std::clamp<std::int64_t>(v, INT32_MIN, INT32_MAX));
+}
+
+std::int32_t roundedSize(int size, double scale) {
+    return to32Bits(trunc64(std::floor(size * scale + 0.5)));
+}
+
+bool isUnit(double scale) {
+    return 0.9999999999 < scale && scale < 1.0000000001;
+}
+
+Rect intersect(const Rect& a, const Rect& b) {
+    const Rect r{std::max(a.left, b.left), std::max(a.top, b.top), std::min(a.right, b.right),
+                 std::min(a.bottom, b.bottom)};
+    return r.left >= r.right || r.top >= r.bottom ? Rect{} : r;
+}
+
+Rect moved(const Rect& r, std::int64_t x, std::int64_t y) {
+    return {r.left + x, r.top + y, r.right + x, r.bottom + y};
+}
+
+// The whole number within 1e-10 of v, or 0.
+double wholeNumberAt(double v) {
+    for (const double more : {0.0, 1.0, 2.0}) {
+        const double k = std::trunc(v) + more;
+        if (k <= std::trunc(v + 2.0) - 1.0 && k > v - 1e-10 && v + 1e-10 > k) {
+            return k;
+        }
+    }
+    return 0.0;
+}
+
+// On one axis: the source index seen at "at" when the part of the scaled image from start on is made.
+std::int64_t nearestIndex(std::int64_t start, std::int64_t at, double scale) {
+    const double k = scale > 1.0 ? wholeNumberAt(scale) : 0.0;
+    if (k != 0.0) { // blocks of k pixels, the first of them begun at a phase
+        const double first = start / scale;
+        const std::int64_t phase = trunc64((first - std::floor(first)) * scale);
+        return trunc64(std::floor(first)) + (phase + (at - start)) / trunc64(k);
+    }
+    const double inv = 1.0 / scale;
+    return trunc64(at * inv);
+}
+
+// The centre-aligned method on one axis of a source.
+class CentreAxis {
+public:
+    CentreAxis(int size, double scale) : inv_(1.0 / scale) {
+        const double m = std::max(scale, inv_);
+        c_ = scale > 1.0 && wholeNumberAt(m) != 0.0 ? 0.5 - 0.5 * inv_ : 0.5;
+        first_ = trunc64(std::ceil(c_ * scale));
+        end_ = trunc64(std::ceil((size - c_) * scale) - 1.0);
+    }
+
+    // Whether there is anything that can be computed.
+    [[nodiscard]] bool hasRange() const { return first_ < end_; }
+
+    // The source index seen at "at" when the part from start to stop is made.
+    [[nodiscard]] std::int64_t index(std::int64_t start, std::int64_t stop, std::int64_t at) const {
+        std::int64_t from = std::max(start, first_);
+        const std::int64_t to = std::min(stop, end_);
+        if (from < to) {
+            at = std::clamp(at, from, to - 1); // margins show the outermost inner pixel
+        } else {
+            at = from = stop <= first_ ? first_ : end_ - 1; // everything shows the nearest that there is
+        }
+        const std::int64_t step = trunc64(inv_ * 65536.0) << 16;
+        const std::int64_t position = trunc64((from * inv_ - c_) * 65536.0) << 16;
+        return (position + (at - from) * step) >> 32;
+    }
+
+private:
+    double inv_, c_;
+    std::int64_t first_, end_; // the computable pixels of the scaled image, end exclusive
+};
+
+bool isDrawable(int format) {
+    return format == 8 || format == 15 || format == 16 || format == 24 || format == 32;
+}
+
+Color entryOrGrey(const std::vector<Color>& entries, std::uint32_t index, std::uint32_t grey) {
+    const auto level = static_cast<std::uint8_t>(grey);
+    return index < entries.size() ? entries[index] : Color{level, level, level};
+}
+
+// What the source pixel p shows, nothing where the kind is not drawn in the format.
+std::optional<std::uint32_t> imagePixel(int format, const Image& image, const ColorState& colors,
+                                        Position p) {
+    const auto value = [&](std::size_t plane) {
+        return image.planes.at(plane).at(p.x, p.y);
+    };
+    const auto byte = [&](std::size_t plane) {
+        return static_cast<std::uint8_t>(value(plane));
+    };
+    if (!isDrawable(format) || (format == 8 && image.kind != Kind::grey8)) {
+        return std::nullopt;
+    }
+    switch (image.kind) {
+    case Kind::grey8:
+        return greyPixel8(format, colors, byte(0));
+    case Kind::color:
+        return pack(format, {byte(0), byte(1), byte(2)});
+    case Kind::grey16:
+        return greyPixel16(format, colors.grey16, valueCount(image.depthCode), value(0));
+    default:
+        return colors.maskEnabled && image.planes.size() > 1 && value(1) == 0
+                   ? maskPixel(format, colors.maskColor)
+                   : greyPixel16(format, colors.range16, 65536, value(0));
+    }
+}
+
+} // namespace
+
+Rect place(std::int32_t sx, std::int32_t sy, int width, int height, double scale) {
+    return {sx, sy, to32Bits(std::int64_t{sx} + roundedSize(width, scale)),
+            to32Bits(std::int64_t{sy} + roundedSize(height, scale))};
+}
+
+std::optional<Position> sourceOf(int width, int height, double scale, const Rect& target, int scalingMethod,
+                                 std::int64_t x, std::int64_t y) {
+    Position p{nearestIndex(target.left, x, scale), nearestIndex(target.top, y, scale)};
+    if (scalingMethod == centreMethod) {
+        if (target.right - target.left < 3 || target.bottom - target.top < 3) {
+            return std::nullopt;
+        }
+        const CentreAxis across(width, scale), down(height, scale);
+        if (across.hasRange() && down.hasRange()) {
+            p = {across.index(target.left, target.right, x), down.index(target.top, target.bottom, y)};
+        }
+    }
+    return Position{std::clamp<std::int64_t>(p.x, 0, width - 1),
+                    std::clamp<std::int64_t>(p.y, 0, height - 1)};
+}
+
+std::uint32_t pack(int format, Color color) {
+    const std::uint32_t r = color.red, g = color.green, b = color.blue;
+    return format == 15   ? (r & 0xF8) << 7 | (g & 0xF8) << 2 | b >> 3
+           : format == 16 ? (r & 0xF8) << 8 | (g & 0xFC) << 3 | b >> 3
+                          : r << 16 | g << 8 | b; // 24 bits: the bytes blue, green, red
+}
+
+std::uint32_t greyPixel8(int format, const ColorState& colors, std::uint8_t value) {
+    return format == 8 ? colors.paletteIndex[value] : pack(format, entryOrGrey(colors.grey8, value, value));
+}
+
+std::uint32_t valueCount(std::int32_t depthCode) {
+    const int bits = depthCode == 1   ? 10
+                     : depthCode == 2 ? 12
+                     : depthCode == 3 ? 14
+                     : depthCode == 5 ? 8
+                                      : 16;
+    return 1u << bits;
+}
+
+std::uint32_t greyPixel16(int format, const std::vector<Color>& entries, std::uint32_t count,
+                          std::uint16_t value) {
+    const std::uint32_t v = value & (count - 1);
+    return pack(format, entryOrGrey(entries, v, v / (count / 256)));
+}
+
+std::uint32_t maskPixel(int format, std::uint32_t word) {
+    const int hi = static_cast<std::int8_t>(word >> 16);
+    const int mid = static_cast<std::int8_t>(word >> 8);
+    const int lo = static_cast<std::int8_t>(word);
+    // A factor stands for a left shift, and & ~7 of a negative number for AND 0xFFF8 in 16 bits.
+    const int wide = format == 15 ? ((hi & ~7) * 32 + (mid & ~7)) * 4 : ((hi & ~7) * 16 + (mid & ~3)) * 16;
+    return format == 32 ? word : format == 24 ? word & 0xFFFFFF : (wide + (lo >> 3)) & 0xFFFF;
+}
+
+void drawImage(Layer& layer, const Image& image, const ColorState& colors, std::int32_t sx, std::int32_t sy,
+               double scale, const Rect& caller, int scalingMethod) {
+    const int width = image.planes.at(0).width, height = image.planes.at(0).height;
+    const Rect placed = place(sx, sy, width, height, scale);
+    const Rect clip = intersect(intersect(placed, caller), {0, 0, layer.width, layer.height});
+    const Rect target = moved(clip, -std::int64_t{sx}, -std::int64_t{sy});
+    for (std::int64_t y = target.top; y < target.bottom; ++y) {
+        for (std::int64_t x = target.left; x < target.right; ++x) {
+            const auto source =
+                isUnit(scale) ? Position{x, y} : sourceOf(width, height, scale, target, scalingMethod, x, y);
+            const auto pixel = source ? imagePixel(layer.format, image, colors, *source) : std::nullopt;
+            if (pixel) {
+                layer.at(x + sx, y + sy) = *pixel;
+            }
+        }
+    }
+}
+
+std::uint32_t iconWeight(std::uint8_t transparency) {
+    return static_cast<std::uint32_t>(std::floor(std::min<int>(transparency, 100) * 1.28 + 0.5));
+}
+
+std::uint32_t blend(int format, std::uint32_t layer, Color color, std::uint32_t weight) {
+    const std::uint32_t word = pack(format, color);
+    if (weight == 128) {
+        return layer;
+    }
+    if (weight == 0) {
+        return word;
+    }
+    if (weight == 64) {
+        const std::uint32_t mask = format == 15 ? 0x7DEF : format == 16 ? 0x7BEF : 0x7F7F7F7F;
+        return (word >> 1 & mask) + (layer >> 1 & mask);
+    }
+    const auto channels = [format](std::uint32_t p) -> std::array<std::uint32_t, 3> {
+        if (format > 16) {
+            return {p >> 16 & 0xFF, p >> 8 & 0xFF, p & 0xFF};
+        }
+        return {format == 15 ? p >> 7 & 0xF8 : p >> 8 & 0xF8, format == 15 ? p >> 2 & 0xF8 : p >> 3 & 0xFC,
+                p << 3 & 0xFF};
+    };
+    const auto under = channels(layer), over = channels(word);
+    const auto mixed = [&](int i) {
+        return static_cast<std::uint8_t>((under[i] * weight + over[i] * (128 - weight)) >> 7);
+    };
+    return pack(format, {mixed(0), mixed(1), mixed(2)});
+}
+
+void drawIcon(Layer& layer, const Icon& icon, double x, double y, double scale, const Rect& caller,
+              const NearestIndex& nearest) {
+    const int width = icon.pixels.width, height = icon.pixels.height;
+    x = std::isnan(x) ? 0.0 : x;
+    y = std::isnan(y) ? 0.0 : y;
+    const std::int32_t left = to32Bits(trunc64(x)), top = to32Bits(trunc64(y));
+    const Rect wanted{left, top, to32Bits(trunc64(x + roundedSize(width, scale))),
+                      to32Bits(trunc64(y + roundedSize(height, scale)))};
+    const Rect clip = intersect(intersect(wanted, caller), {0, 0, layer.width, layer.height});
+    const Rect drawn = intersect(place(left, top, width, height, scale), clip);
+    const Rect target = moved(drawn, -std::int64_t{left}, -std::int64_t{top});
+    for (std::int64_t v = target.top; v < target.bottom && isDrawable(layer.format); ++v) {
+        for (std::int64_t u = target.left; u < target.right; ++u) {
+            const auto p = isUnit(scale)
+                               ? Position{u, v}
+                               : sourceOf(width, height, scale, target, nearestMethod, u, v).value();
+            const auto index = static_cast<std::uint8_t>(icon.pixels.at(p.x, p.y));
+            const std::uint8_t transparency = icon.transparency[index];
+            std::uint32_t& pixel = layer.at(u + left, v + top);
+            if (layer.format != 8) {
+                pixel = blend(layer.format, pixel, icon.colors[index], iconWeight(transparency));
+            } else if (transparency != 100) {
+                pixel = transparency == 0 ? 0 : nearest(icon.colors[index]);
+            }
+        }
+    }
+}
+
+} // namespace talx::model

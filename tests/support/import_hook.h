@@ -1,0 +1,143 @@
+// Making the platform behave as a test wants, without a seam in the product: a loaded DLL calls every
+// platform function through its import table, and a hook replaces one entry there for the length of a scope.
+//
+//     ImportHook<HOOK(GetDC)> hook(engineModule(), [&](HWND window) { ++calls; return hook.original(window);
+//     });
+//
+// A FailurePlan with FailingImports makes the first, the second, ... call of some functions fail in turn.
+#pragma once
+
+#include <gtest/gtest.h>
+#include <windows.h>
+
+#include <algorithm>
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace talx::test {
+
+// The entries of a module's import table through which it calls a function, whichever DLL it comes from.
+std::vector<void**> importEntries(HMODULE module, const std::string& function);
+// The names of the DLLs that a module imports from.
+std::vector<std::string> importedModules(HMODULE module);
+
+template <std::size_t size>
+struct FunctionName {
+    consteval FunctionName(const char (&name)[size]) { std::copy_n(name, size, text); }
+    char text[size]{};
+};
+
+#define HOOK(function) #function, decltype(function)
+
+template <FunctionName name, class Function>
+class ImportHook;
+
+// Hooks of one function may be nested; original() then calls the outer one. All must be on the same module.
+template <FunctionName name, class Result, class... Args>
+class ImportHook<name, Result(Args...)> {
+public:
+    using ResultType = Result;
+
+    ImportHook(HMODULE module, std::function<Result(Args...)> replacement)
+        : replacement_(std::move(replacement)), outer_(innermost_),
+          entries_(importEntries(module, name.text)) {
+        innermost_ = this;
+        if (!outer_ && !entries_.empty()) {
+            real_ = reinterpret_cast<Result (*)(Args...)>(*entries_.front());
+            writeEntries(reinterpret_cast<void*>(&enter));
+        }
+    }
+    ~ImportHook() {
+        innermost_ = outer_;
+        if (!outer_ && real_) {
+            writeEntries(reinterpret_cast<void*>(real_));
+            real_ = nullptr;
+        }
+    }
+    ImportHook(const ImportHook&) = delete;
+    ImportHook& operator=(const ImportHook&) = delete;
+
+    // Whether the module calls the function at all; a test of that call makes no sense otherwise.
+    [[nodiscard]] bool imported() const { return !entries_.empty(); }
+
+    Result original(Args... args) const { return outer_ ? outer_->replacement_(args...) : real_(args...); }
+
+private:
+    static Result WINAPI enter(Args... args) { return innermost_->replacement_(args...); }
+
+    void writeEntries(void* function) const {
+        for (void** entry : entries_) {
+            DWORD protection = 0;
+            VirtualProtect(entry, sizeof *entry, PAGE_READWRITE, &protection);
+            *entry = function;
+            VirtualProtect(entry, sizeof *entry, protection, &protection);
+        }
+    }
+
+    inline static ImportHook* innermost_ = nullptr;
+    inline static Result (*real_)(Args...) = nullptr;
+
+    std::function<Result(Args...)> replacement_;
+    ImportHook* outer_;
+    std::vector<void**> entries_;
+};
+
+// Decides which call fails, counting the calls of all FailingImports that belong to it. Without a sweep none
+// does.
+class FailurePlan {
+public:
+    enum class Mode { once, fromThenOn };
+
+    // Calls round() with the first call failing, then with the second, and so on until a round runs through
+    // without meeting a failure, which is the last one. Returns the number of rounds that met one.
+    template <class Round>
+    int sweep(Round&& round, Mode mode = Mode::once) {
+        mode_ = mode;
+        for (failing_ = 1; failing_ < 10000; ++failing_) {
+            calls_ = 0;
+            round();
+            if (!met()) {
+                break;
+            }
+        }
+        EXPECT_FALSE(met()) << "the operation never runs through";
+        return std::exchange(failing_, 0) - 1;
+    }
+
+    // Whether the failure of this round has happened.
+    [[nodiscard]] bool met() const { return failing_ > 0 && calls_ >= failing_; }
+
+    bool nextCallFails() {
+        ++calls_;
+        return mode_ == Mode::once ? calls_ == failing_ : met();
+    }
+
+private:
+    Mode mode_ = Mode::once;
+    int calls_ = 0;
+    int failing_ = 0; // 0: none
+};
+
+template <FunctionName name, class Function>
+class FailingImport {
+public:
+    using Result = typename ImportHook<name, Function>::ResultType;
+
+    // failure: what a failing call returns, having done nothing else than to set the thread's last error.
+    FailingImport(HMODULE module, FailurePlan& plan, Result failure = Result{})
+        : hook_(module, [this, &plan, failure](auto... args) -> Result {
+              if (plan.nextCallFails()) {
+                  SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+                  return failure;
+              }
+              return hook_.original(args...);
+          }) {
+        EXPECT_TRUE(hook_.imported()) << name.text << " is not imported";
+    }
+
+private:
+    ImportHook<name, Function> hook_;
+};
+
+} // namespace talx::test
