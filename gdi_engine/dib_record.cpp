@@ -111,13 +111,15 @@ LayerFormat DibRecord::format() const {
     return formatOf(info_.header.bV4BitCount, info_.header.bV4V4Compression, info_.header.bV4RedMask);
 }
 
-// Whether the bitmap's bytes can be counted in 31 bits, so that no size computed by GDI can wrap around.
+// Whether the bits of a row and the bytes of the bitmap can be counted in 31 bits, so that no size computed
+// by GDI can wrap around.
 bool DibRecord::hasValidSize() const {
     const std::int64_t width = info_.header.bV4Width;
     const std::int64_t height = std::abs(std::int64_t{info_.header.bV4Height});
-    const std::int64_t stride = (width * info_.header.bV4BitCount + 31) / 32 * 4;
-    return width > 0 && height > 0 && stride > 0 &&
-           height <= std::numeric_limits<std::int32_t>::max() / stride;
+    constexpr std::int64_t most = std::numeric_limits<std::int32_t>::max();
+    const std::int64_t rowBits = width * info_.header.bV4BitCount + 31;
+    const std::int64_t stride = rowBits / 32 * 4;
+    return width > 0 && height > 0 && stride > 0 && rowBits <= most && height <= most / stride;
 }
 
 HBITMAP DibRecord::createSection() const {

@@ -132,7 +132,7 @@ TEST_P(ServerClassTest, HasOneIdentityAndTheInterfacesOfTheContract) {
 TEST_P(ServerClassTest, KeepsTheModuleLoadedWhileItLives) {
     ComPtr<IClassFactory> again;
     ASSERT_EQ(S_OK, classObject(engineModule(), GetParam().clsid, IID_PPV_ARGS(&again)));
-    EXPECT_EQ(factory_, again) << "the class object is cached";
+    EXPECT_EQ(factory_.Get(), again.Get()) << "the class object is cached";
     again.Reset();
     EXPECT_EQ(S_OK, factory_->LockServer(TRUE));
     factory_.Reset();

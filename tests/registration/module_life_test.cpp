@@ -268,7 +268,6 @@ TEST(ServerModule, KeepsWhatItCachesUntilItIsUnloaded) {
             EXPECT_EQ(hr == S_OK, type.Get() != nullptr);
         }
     }
-    std::printf("%d %d\n", before, blocksInUse());
     EXPECT_LT(blocksInUse() - before, lives / 2);
 }
 
