@@ -31,90 +31,97 @@ TEST(DdrawDrawing, NothingIsDrawnWhereItCannotBe) {
     const auto& memory = odd.layer().memory;
     EXPECT_EQ(DdrawView::width * DdrawView::height, std::count(memory.begin(), memory.end(), 0));
 
-    DdrawView changed; // a surface with fewer rows than it was asked for; then another depth of the screen
-    changed.display.missingRows = 3;
+    DdrawView changed; // the screen was given another depth meanwhile
     ASSERT_EQ(S_OK, changed.initialize());
-    paintScene(changed.engine);
     changed.display.bits = 8;
     ASSERT_EQ(S_OK, changed.engine->SetExtent(30, 20));
     paintScene(changed.engine);
 }
 
-TEST(DdrawDrawing, LostSurfacesAreRestoredButNotForRefreshing) {
+TEST(DdrawDrawing, SurfacesThatAreLostFailOrAreMissing) {
     DdrawView view;
     const auto& engine = view.engine;
-    ASSERT_EQ(S_OK, view.initialize());
     TestIcon icon;
     __int64 dc = 0;
-    const std::function<HRESULT()> restoring[] = {
-        [&] { return engine->Fill(0, 0, 0, 5, 5, 0); }, [&] { return engine->GetDrawContext(0, &dc); },
-        [&] { return engine->ReleaseDrawContext(0, dc); },
-        [&] { return engine->DrawImage(0, icon.image.image(), 0, 0, 1, 0, 0, 9, 9, 0); },
-        [&] {
-            return icon.draw(engine, 0, 0);
-        }};
-    for (const auto& call : restoring) {
-        view.layer().lost = true;
-        view.display.takeCalls();
-        EXPECT_EQ(S_OK, call());
-        EXPECT_EQ("layer.Restore", view.display.calls.front()) << "call " << &call - restoring;
+    const struct {
+        std::function<HRESULT()> call;
+        std::string step;
+        const wchar_t *text, *textWithoutLayer; // null: without error information; success
+        HRESULT withoutLayer;
+    } methods[] = {
+        {[&] { return engine->Fill(0, 0, 0, 5, 5, 0); }, "layer.Blt", L"Color fill Blt failed.",
+         bltFailedText, E_FAIL},
+        {[&] { return engine->GetDrawContext(0, &dc); }, "layer.GetDC", L"Surface GetDC failed.",
+         L"Surface GetDC failed.", E_FAIL},
+        {[&] { return engine->ReleaseDrawContext(0, dc); }, "layer.ReleaseDC", nullptr, nullptr, S_OK},
+        {[&] { return engine->DrawImage(0, icon.image.image(), 0, 0, 1, 0, 0, 9, 9, 0); }, "layer.Lock",
+         L"DrawImage", nullptr, S_OK},
+        {[&] { return icon.draw(engine, 0, 0); }, "layer.Lock", L"DrawIcon8", nullptr, S_OK},
+        {[&] { return engine->RefreshScreen(0, 0, 0, 0, 9, 9); }, "primary.Blt", bltFailedText, bltFailedText,
+         E_INVALIDARG}};
+    const auto expectResult = [](HRESULT hr, const wchar_t* text, HRESULT actual) {
+        text ? expectDirectDrawError(hr, text, actual) : expectBare(hr, actual);
+    };
+    for (const auto& method : methods) {
+        expectUninitialized(method.call());
     }
-    view.layer().lost = true;
-    expectDirectDrawError(FakeDisplay::surfaceLost, bltFailedText, engine->RefreshScreen(0, 0, 0, 0, 9, 9));
-    EXPECT_TRUE(view.layer().lost);
+    ASSERT_EQ(S_OK, view.initialize());
+    for (const auto& method : methods) {
+        SCOPED_TRACE(method.step);
+        const bool refresh = method.step == "primary.Blt";
+        view.layer().lost = true;
+        view.display.refuse.clear();
+        view.display.takeCalls();
+        expectResult(refresh ? FakeDisplay::surfaceLost : S_OK, refresh ? method.text : nullptr,
+                     method.call());
+        EXPECT_EQ(refresh ? "primary.Blt" : "layer.Restore",
+                  view.display.calls[0].substr(0, 13 - 2 * refresh));
+        view.layer().lost = false;
+        view.display.refuse = {method.step};
+        expectResult(method.text ? FakeDisplay::failure : E_FAIL, method.text, method.call());
+    }
+    view.display.refuse = {"directdraw.CreateSurface"};
+    EXPECT_EQ(S_OK, engine->SetExtent(10, 10));
+    for (const auto& method : methods) {
+        SCOPED_TRACE(method.step);
+        expectResult(method.withoutLayer, method.textWithoutLayer, method.call());
+    }
 }
 
-TEST(DdrawDrawing, FillAndRefreshClipAndTellOfFailures) {
+TEST(DdrawDrawing, CallsThatReachTheSurfaces) {
     DdrawView view(16);
     const auto& engine = view.engine;
-    expectUninitialized(engine->Fill(0, 0, 0, 1, 1, 0));
-    expectUninitialized(engine->RefreshScreen(0, 0, 0, 0, 1, 1));
+    TestIcon icon;
+    __int64 dc = 1;
     ASSERT_EQ(S_OK, view.initialize());
+    expectDirectDrawError(E_POINTER, L"GetDrawContext", engine->GetDrawContext(0, nullptr));
+    expectDirectDrawError(E_INVALIDARG, L"Unable to translate color.",
+                          engine->Fill(0, 0, 0, 9, 9, 0x80FFFFFF));
     view.display.takeCalls();
     EXPECT_EQ(S_OK, engine->Fill(9, -7, 20, 8, 99, RGB(0xFF, 0x04, 0x08)));
     EXPECT_EQ(S_OK, engine->Fill(0, 40, 0, 50, 9, 0x80FFFFFF));
-    EXPECT_EQ(S_OK, engine->RefreshScreen(100, 50, 0, 0, 10, 10));
     EXPECT_EQ(S_OK, engine->RefreshScreen(most, least, 5, -6, 100, 10));
     EXPECT_EQ(S_OK, engine->RefreshScreen(0, 0, 5, 5, 5, 9));
-    EXPECT_EQ(
-        (Calls{"layer.Blt (0,20,8,30) none all 1000400 f821",
-               "primary.Blt (100,50,110,60) layer (0,0,10,10) 1000000 0",
-               "primary.Blt (2147483647,-2147483648,2147483647,-2147483638) layer (5,0,40,10) 1000000 0"}),
-        view.display.calls);
-    expectDirectDrawError(E_INVALIDARG, L"Unable to translate color.",
-                          engine->Fill(0, 0, 0, 9, 9, 0x80FFFFFF));
-    view.display.refuse = {"layer.Blt", "primary.Blt"};
-    expectDirectDrawError(FakeDisplay::failure, L"Color fill Blt failed.", engine->Fill(0, 0, 0, 9, 9, 0));
-    expectDirectDrawError(FakeDisplay::failure, bltFailedText, engine->RefreshScreen(0, 0, 0, 0, 9, 9));
-}
-
-TEST(DdrawDrawing, ContextsAndLocksThatFail) {
-    DdrawView view;
-    const auto& engine = view.engine;
-    __int64 dc = 1;
-    expectUninitialized(engine->GetDrawContext(0, nullptr));
-    expectUninitialized(engine->ReleaseDrawContext(0, 0));
-    ASSERT_EQ(S_OK, view.initialize());
-    expectDirectDrawError(E_POINTER, L"GetDrawContext", engine->GetDrawContext(0, nullptr));
-    view.display.takeCalls();
     EXPECT_EQ(S_OK, engine->GetDrawContext(3, &dc));
     EXPECT_EQ(S_OK, engine->ReleaseDrawContext(3, dc));
-    EXPECT_EQ((Calls{"layer.GetDC", "layer.ReleaseDC 0x5a5a"}), view.display.takeCalls());
-
-    view.display.refuse = {"layer.GetDC", "layer.ReleaseDC", "layer.Lock"};
-    expectBare(E_FAIL, engine->ReleaseDrawContext(0, dc));
-    view.display.takeCalls();
-    expectDirectDrawError(FakeDisplay::failure, L"Surface GetDC failed.", engine->GetDrawContext(0, &dc));
-    EXPECT_EQ((Calls{"layer.GetDC", "layer.ReleaseDC 0x5a5a"}), view.display.takeCalls()) << "it yielded one";
-    TestIcon icon;
-    expectDirectDrawError(FakeDisplay::failure, L"DrawImage",
-                          engine->DrawImage(0, icon.image.image(), 0, 0, 1, 0, 0, 9, 9, 0));
-    EXPECT_EQ((Calls{"layer.Lock all (0,0,0,0) caps 0 1", "layer.Unlock null"}), view.display.takeCalls());
-    expectDirectDrawError(FakeDisplay::failure, L"DrawIcon8", icon.draw(engine, 0, 0));
+    view.display.refuse = {"layer.Lock", "layer.GetDC"};
+    EXPECT_EQ(FakeDisplay::failure, icon.draw(engine, 0, 0));
+    EXPECT_EQ(FakeDisplay::failure, engine->GetDrawContext(0, &dc));
     view.display.refuse.clear();
     view.display.context = 0;
     expectDirectDrawError(E_FAIL, L"Surface GetDC failed.", engine->GetDrawContext(0, &dc));
-    EXPECT_EQ("layer.ReleaseDC 0", view.display.calls.back());
+    const Calls expected{
+        "layer.Blt (0,20,8,30) none all 1000400 f821",
+        "primary.Blt (2147483647,-2147483648,2147483647,-2147483638) layer (5,0,40,10) 1000000 0",
+        "layer.GetDC",
+        "layer.ReleaseDC 0x5a5a",
+        "layer.Lock all (0,0,0,0) caps 0 1",
+        "layer.Unlock",
+        "layer.GetDC",
+        "layer.ReleaseDC 0x5a5a",
+        "layer.GetDC",
+        "layer.ReleaseDC 0"};
+    EXPECT_EQ(expected, view.display.calls);
 }
 
 } // namespace

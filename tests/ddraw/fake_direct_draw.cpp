@@ -16,8 +16,7 @@ namespace {
 
 FakeDisplay* current = nullptr;
 
-template <class Interface>
-FakeObject& of(Interface* pointer) {
+FakeObject& of(auto* pointer) {
     return *reinterpret_cast<FakeObject*>(pointer);
 }
 
@@ -70,10 +69,6 @@ HRESULT WINAPI recorded(Interface* self, Arguments... arguments) {
 }
 
 template <class Interface>
-ULONG WINAPI addRef(Interface* self) {
-    return ++of(self).references;
-}
-template <class Interface>
 ULONG WINAPI release(Interface* self) {
     FakeObject& object = of(self);
     const ULONG left = --object.references;
@@ -99,27 +94,30 @@ HRESULT WINAPI unexpected() {
 
 // Puts a new object into result unless the call that makes it failed. fill sets the methods that are needed.
 template <class Interface, class Fill>
-HRESULT make(FakeDisplay& display, HRESULT hr, const std::string& name, Interface** result, Fill fill) {
+HRESULT make(HRESULT hr, const std::string& name, Interface** result, Fill fill) {
     static const auto table = [&] {
         std::remove_cvref_t<decltype(*Interface::lpVtbl)> t;
         std::fill_n(reinterpret_cast<void**>(&t), sizeof t / sizeof(void*),
                     reinterpret_cast<void*>(&unexpected));
-        t.AddRef = addRef;
+        t.AddRef = [](Interface* self) {
+            return ++of(self).references;
+        };
         t.Release = release;
         fill(t);
         return t;
     }();
     if (SUCCEEDED(hr)) {
-        *result = reinterpret_cast<Interface*>(new FakeObject{&table, display, name});
-        ++display.objects;
+        *result = reinterpret_cast<Interface*>(new FakeObject{&table, *current, name});
+        ++current->objects;
     }
     return hr;
 }
 
 void paint(FakeObject& surface, const RECT& r, auto&& source) {
-    for (int y = std::max(r.top, 0L); y < std::min<LONG>(r.bottom, surface.height); ++y) {
-        for (int x = std::max(r.left, 0L); x < std::min<LONG>(r.right, surface.width); ++x) {
-            std::memcpy(surface.at(x, y), source(x, y), surface.bytes);
+    for (LONG i = 0; i < surface.width * surface.height; ++i) {
+        const POINT p{i % surface.width, i / surface.width};
+        if (PtInRect(&r, p)) {
+            std::memcpy(surface.at(p.x, p.y), source(p.x, p.y), surface.bytes);
         }
     }
 }
@@ -153,13 +151,9 @@ HRESULT describe(HRESULT hr, FakeObject& surface, DDSURFACEDESC& d) {
 
 const auto surfaceMethods = [](auto& t) {
     t.QueryInterface = [](IDirectDrawSurface* self, REFIID iid, void** texture) {
-        return make(of(self).display, record(self, "QueryInterface", iid), "handle",
-                    reinterpret_cast<IDirect3DTexture2**>(texture), [](auto& t) {
-                        t.GetHandle = [](IDirect3DTexture2* self, IDirect3DDevice2* device, DWORD* handle) {
-                            *handle = 7;
-                            return record(self, "GetHandle", device);
-                        };
-                    });
+        return make(record(self, "QueryInterface", iid), "handle",
+                    reinterpret_cast<IDirect3DTexture2**>(texture),
+                    [](auto& t) { t.GetHandle = recorded<"GetHandle">; });
     };
     t.Blt = blt;
     t.SetClipper = recorded<"SetClipper">;
@@ -183,9 +177,7 @@ const auto surfaceMethods = [](auto& t) {
     t.Lock = [](IDirectDrawSurface* self, RECT* rect, DDSURFACEDESC* d, DWORD flags, HANDLE) {
         return describe(record(self, "Lock", rect, d, flags), of(self), *d);
     };
-    t.Unlock = [](IDirectDrawSurface* self, void* memory) {
-        return record(self, memory ? "Unlock" : "Unlock null");
-    };
+    t.Unlock = recorded<"Unlock">;
     t.GetDC = [](IDirectDrawSurface* self, HDC* dc) {
         *dc = reinterpret_cast<HDC>(of(self).display.context);
         return record(self, "GetDC");
@@ -194,7 +186,7 @@ const auto surfaceMethods = [](auto& t) {
 
 const auto deviceMethods = [](auto& t) {
     t.GetCaps = [](IDirect3DDevice2* self, D3DDEVICEDESC* hardware, D3DDEVICEDESC* software) {
-        hardware->dwMaxTextureWidth = hardware->dwMaxTextureHeight = of(self).display.maxTextureSide;
+        hardware->dwMaxTextureWidth = hardware->dwMaxTextureHeight = 64;
         return record(self, "GetCaps", hardware, software);
     };
     t.AddViewport = recorded<"AddViewport">;
@@ -217,29 +209,28 @@ const auto deviceMethods = [](auto& t) {
 const auto direct3dMethods = [](auto& t) {
     t.CreateDevice = [](IDirect3D2* self, REFCLSID id, IDirectDrawSurface* target,
                         IDirect3DDevice2** device) {
-        return make(of(self).display, record(self, "CreateDevice", id, target), "device", device,
-                    deviceMethods);
+        return make(record(self, "CreateDevice", id, target), "device", device, deviceMethods);
     };
     t.CreateViewport = [](IDirect3D2* self, IDirect3DViewport2** viewport, IUnknown*) {
-        return make(of(self).display, record(self, "CreateViewport"), "viewport", viewport,
+        return make(record(self, "CreateViewport"), "viewport", viewport,
                     [](auto& t) { t.SetViewport2 = recorded<"SetViewport2">; });
     };
 };
 
 const auto directDrawMethods = [](auto& t) {
     t.QueryInterface = [](IDirectDraw* self, REFIID iid, void** direct3d) {
-        return make(of(self).display, record(self, "QueryInterface", iid), "direct3d",
-                    reinterpret_cast<IDirect3D2**>(direct3d), direct3dMethods);
+        return make(record(self, "QueryInterface", iid), "direct3d", reinterpret_cast<IDirect3D2**>(direct3d),
+                    direct3dMethods);
     };
     t.SetCooperativeLevel = recorded<"SetCooperativeLevel">;
     t.CreateClipper = [](IDirectDraw* self, DWORD flags, IDirectDrawClipper** clipper, IUnknown*) {
-        return make(of(self).display, record(self, "CreateClipper", flags), "clipper", clipper,
+        return make(record(self, "CreateClipper", flags), "clipper", clipper,
                     [](auto& t) { t.SetHWnd = recorded<"SetHWnd">; });
     };
     t.CreatePalette = [](IDirectDraw* self, DWORD flags, PALETTEENTRY* entries, IDirectDrawPalette** palette,
                          IUnknown*) {
         std::copy_n(entries, 256, of(self).display.palette.begin());
-        return make(of(self).display, record(self, "CreatePalette", flags), "palette", palette, [](auto&) {});
+        return make(record(self, "CreatePalette", flags), "palette", palette, [](auto&) {});
     };
     t.CreateSurface = [](IDirectDraw* self, DDSURFACEDESC* d, IDirectDrawSurface** result, IUnknown*) {
         FakeDisplay& display = of(self).display;
@@ -248,13 +239,12 @@ const auto directDrawMethods = [](auto& t) {
                                  : caps & DDSCAPS_TEXTURE          ? "texture"
                                  : display.surfaces.count("layer") ? "saved"
                                                                    : "layer";
-        const HRESULT hr =
-            make(display, record(self, "CreateSurface " + name, d), name, result, surfaceMethods);
+        const HRESULT hr = make(record(self, "CreateSurface " + name, d), name, result, surfaceMethods);
         if (SUCCEEDED(hr)) {
             FakeObject& surface = *(display.surfaces[name] = &of(*result));
             surface.lost = display.bornLost;
             surface.width = static_cast<int>(d->dwWidth);
-            surface.height = static_cast<int>(d->dwHeight) - (name == "layer" ? display.missingRows : 0);
+            surface.height = static_cast<int>(d->dwHeight);
             surface.bytes = static_cast<int>(display.bits + 1) / 8;
             surface.memory.assign(surface.pitch() * (d->dwHeight + 1), 0xCD);
         }
@@ -263,7 +253,7 @@ const auto directDrawMethods = [](auto& t) {
 };
 
 HRESULT WINAPI create(GUID*, IDirectDraw** directDraw, IUnknown*) {
-    return make(*current, record(*current, "DirectDrawCreate"), "directdraw", directDraw, directDrawMethods);
+    return make(record(*current, "DirectDrawCreate"), "directdraw", directDraw, directDrawMethods);
 }
 
 } // namespace

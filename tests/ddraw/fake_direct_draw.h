@@ -45,8 +45,6 @@ struct FakeDisplay {
 
     DWORD bits = 32;
     DWORD redMask = 0xFF0000;
-    DWORD maxTextureSide = 2048;
-    int missingRows = 0;      // how many rows fewer than asked for the layer gets
     bool bornLost = false;    // new surfaces are lost
     __int64 context = 0x5A5A; // what GetDC yields
 

@@ -61,7 +61,7 @@ TEST(DdrawIconBlend, FailureAtAnyStepLeavesItToTheSoftwareBlend) {
 TEST(DdrawIconBlend, DeviceAndTextureAreKeptWhileTheySuit) {
     BlendingView view;
     FakeDisplay& display = view.display;
-    TestIcon icon, small(5), large(36);
+    TestIcon icon, small(5), large(36), huge(80);
     EXPECT_EQ(S_OK, icon.draw(view.engine, 35, -7.5));
     view.expectDrawnByDirect3D({35, 0, 40, 12});
     EXPECT_TRUE(display.called("directdraw.CreateSurface texture (0,0,32,32) caps 5000")) << "video memory";
@@ -72,19 +72,18 @@ TEST(DdrawIconBlend, DeviceAndTextureAreKeptWhileTheySuit) {
     EXPECT_EQ(S_OK, large.draw(view.engine, 0, 0));
     EXPECT_TRUE(display.called("directdraw.CreateSurface texture (0,0,64,64)"));
 
-    EXPECT_EQ(S_OK, view.engine->SetExtent(41, 30));
+    EXPECT_EQ(S_OK, view.engine->SetExtent(100, 30));
     EXPECT_TRUE(display.called("~texture") && display.called("~device"));
     const Calls hardwareAndMmx{"direct3d.CreateDevice 84e63de0 layer",
                                "direct3d.CreateDevice 881949a1 layer"};
     display.refuse = hardwareAndMmx;
-    display.maxTextureSide = 32;
     view.restart();
     EXPECT_EQ(S_OK, small.draw(view.engine, 0, 0));
     EXPECT_EQ(hardwareAndMmx, Calls(display.calls.begin() + 1, display.calls.begin() + 3));
     EXPECT_EQ("direct3d.CreateDevice a4665c60 layer", display.calls[3]);
     EXPECT_TRUE(display.called("directdraw.CreateSurface texture (0,0,32,32) caps 1800")) << "system memory";
     EXPECT_FALSE(display.called("layer.Lock"));
-    EXPECT_EQ(S_OK, large.draw(view.engine, 1, -3)); // larger than the device's textures
+    EXPECT_EQ(S_OK, huge.draw(view.engine, 1, -3)); // larger than the device's textures
     EXPECT_TRUE(display.called("layer.Lock"));
 }
 

@@ -21,18 +21,10 @@ std::int32_t roundedSize(int size, double scale) {
     return to32Bits(trunc64(std::floor(size * scale + 0.5)));
 }
 
-bool isUnit(double scale) {
-    return 0.9999999999 < scale && scale < 1.0000000001;
-}
-
 Rect intersect(const Rect& a, const Rect& b) {
     const Rect r{std::max(a.left, b.left), std::max(a.top, b.top), std::min(a.right, b.right),
                  std::min(a.bottom, b.bottom)};
     return r.left >= r.right || r.top >= r.bottom ? Rect{} : r;
-}
-
-Rect moved(const Rect& r, std::int64_t x, std::int64_t y) {
-    return {r.left + x, r.top + y, r.right + x, r.bottom + y};
 }
 
 // The whole number within 1e-10 of v, or 0.
@@ -59,58 +51,45 @@ std::int64_t nearestIndex(std::int64_t start, std::int64_t at, double scale) {
 }
 
 // The centre-aligned method on one axis of a source.
-class CentreAxis {
-public:
-    CentreAxis(int size, double scale) : inv_(1.0 / scale) {
-        const double m = std::max(scale, inv_);
-        c_ = scale > 1.0 && wholeNumberAt(m) != 0.0 ? 0.5 - 0.5 * inv_ : 0.5;
-        first_ = trunc64(std::ceil(c_ * scale));
-        end_ = trunc64(std::ceil((size - c_) * scale) - 1.0);
-    }
+struct CentreAxis {
+    double inv, c;
+    std::int64_t first, end; // the computable pixels of the scaled image, end exclusive
 
-    // Whether there is anything that can be computed.
-    [[nodiscard]] bool hasRange() const { return first_ < end_; }
+    CentreAxis(int size, double scale) : inv(1.0 / scale) {
+        const double m = std::max(scale, inv);
+        c = scale > 1.0 && wholeNumberAt(m) != 0.0 ? 0.5 - 0.5 * inv : 0.5;
+        first = trunc64(std::ceil(c * scale));
+        end = trunc64(std::ceil((size - c) * scale) - 1.0);
+    }
 
     // The source index seen at "at" when the part from start to stop is made.
     [[nodiscard]] std::int64_t index(std::int64_t start, std::int64_t stop, std::int64_t at) const {
-        std::int64_t from = std::max(start, first_);
-        const std::int64_t to = std::min(stop, end_);
+        std::int64_t from = std::max(start, first);
+        const std::int64_t to = std::min(stop, end);
         if (from < to) {
             at = std::clamp(at, from, to - 1); // margins show the outermost inner pixel
         } else {
-            at = from = stop <= first_ ? first_ : end_ - 1; // everything shows the nearest that there is
+            at = from = stop <= first ? first : end - 1; // everything shows the nearest that there is
         }
-        const std::int64_t step = trunc64(inv_ * 65536.0) << 16;
-        const std::int64_t position = trunc64((from * inv_ - c_) * 65536.0) << 16;
+        const std::int64_t step = trunc64(inv * 65536.0) << 16;
+        const std::int64_t position = trunc64((from * inv - c) * 65536.0) << 16;
         return (position + (at - from) * step) >> 32;
     }
-
-private:
-    double inv_, c_;
-    std::int64_t first_, end_; // the computable pixels of the scaled image, end exclusive
 };
-
-bool isDrawable(int format) {
-    return format == 8 || format == 15 || format == 16 || format == 24 || format == 32;
-}
 
 Color entryOrGrey(const std::vector<Color>& entries, std::uint32_t index, std::uint32_t grey) {
     const auto level = static_cast<std::uint8_t>(grey);
     return index < entries.size() ? entries[index] : Color{level, level, level};
 }
 
-// What the source pixel p shows, nothing where the kind is not drawn in the format.
-std::optional<std::uint32_t> imagePixel(int format, const Image& image, const ColorState& colors,
-                                        Position p) {
+// What the source pixel p shows.
+std::uint32_t imagePixel(int format, const Image& image, const ColorState& colors, Position p) {
     const auto value = [&](std::size_t plane) {
         return image.planes.at(plane).at(p.x, p.y);
     };
     const auto byte = [&](std::size_t plane) {
         return static_cast<std::uint8_t>(value(plane));
     };
-    if (!isDrawable(format) || (format == 8 && image.kind != Kind::grey8)) {
-        return std::nullopt;
-    }
     switch (image.kind) {
     case Kind::grey8:
         return greyPixel8(format, colors, byte(0));
@@ -122,6 +101,27 @@ std::optional<std::uint32_t> imagePixel(int format, const Image& image, const Co
         return colors.maskEnabled && image.planes.size() > 1 && value(1) == 0
                    ? maskPixel(format, colors.maskColor)
                    : greyPixel16(format, colors.range16, 65536, value(0));
+    }
+}
+
+// Hands each layer pixel inside clip that a source placed at (left, top) covers to paint, together with the
+// position in the source of what is seen there.
+template <class Paint>
+void paintPixels(Layer& layer, const Plane& source, std::int32_t left, std::int32_t top, double scale,
+                 const Rect& clip, int scalingMethod, const Paint& paint) {
+    const Rect placed = place(left, top, source.width, source.height, scale);
+    const Rect drawn = intersect(intersect(placed, clip), {0, 0, layer.width, layer.height});
+    const Rect target{drawn.left - left, drawn.top - top, drawn.right - left, drawn.bottom - top};
+    const bool isUnit = 0.9999999999 < scale && scale < 1.0000000001;
+    for (std::int64_t y = target.top; y < target.bottom; ++y) {
+        for (std::int64_t x = target.left; x < target.right; ++x) {
+            const auto seen = isUnit
+                                  ? Position{x, y}
+                                  : sourceOf(source.width, source.height, scale, target, scalingMethod, x, y);
+            if (seen) {
+                paint(layer.at(x + left, y + top), *seen);
+            }
+        }
     }
 }
 
@@ -140,7 +140,7 @@ std::optional<Position> sourceOf(int width, int height, double scale, const Rect
             return std::nullopt;
         }
         const CentreAxis across(width, scale), down(height, scale);
-        if (across.hasRange() && down.hasRange()) {
+        if (across.first < across.end && down.first < down.end) {
             p = {across.index(target.left, target.right, x), down.index(target.top, target.bottom, y)};
         }
     }
@@ -160,12 +160,8 @@ std::uint32_t greyPixel8(int format, const ColorState& colors, std::uint8_t valu
 }
 
 std::uint32_t valueCount(std::int32_t depthCode) {
-    const int bits = depthCode == 1   ? 10
-                     : depthCode == 2 ? 12
-                     : depthCode == 3 ? 14
-                     : depthCode == 5 ? 8
-                                      : 16;
-    return 1u << bits;
+    constexpr int bits[] = {16, 10, 12, 14, 16, 8};
+    return 1u << (0 <= depthCode && depthCode <= 5 ? bits[depthCode] : 16);
 }
 
 std::uint32_t greyPixel16(int format, const std::vector<Color>& entries, std::uint32_t count,
@@ -185,20 +181,12 @@ std::uint32_t maskPixel(int format, std::uint32_t word) {
 
 void drawImage(Layer& layer, const Image& image, const ColorState& colors, std::int32_t sx, std::int32_t sy,
                double scale, const Rect& caller, int scalingMethod) {
-    const int width = image.planes.at(0).width, height = image.planes.at(0).height;
-    const Rect placed = place(sx, sy, width, height, scale);
-    const Rect clip = intersect(intersect(placed, caller), {0, 0, layer.width, layer.height});
-    const Rect target = moved(clip, -std::int64_t{sx}, -std::int64_t{sy});
-    for (std::int64_t y = target.top; y < target.bottom; ++y) {
-        for (std::int64_t x = target.left; x < target.right; ++x) {
-            const auto source =
-                isUnit(scale) ? Position{x, y} : sourceOf(width, height, scale, target, scalingMethod, x, y);
-            const auto pixel = source ? imagePixel(layer.format, image, colors, *source) : std::nullopt;
-            if (pixel) {
-                layer.at(x + sx, y + sy) = *pixel;
-            }
-        }
-    }
+    paintPixels(layer, image.planes.at(0), sx, sy, scale, caller, scalingMethod,
+                [&](std::uint32_t& pixel, Position p) {
+                    if (layer.format != 8 || image.kind == Kind::grey8) {
+                        pixel = imagePixel(layer.format, image, colors, p);
+                    }
+                });
 }
 
 std::uint32_t iconWeight(std::uint8_t transparency) {
@@ -207,56 +195,41 @@ std::uint32_t iconWeight(std::uint8_t transparency) {
 
 std::uint32_t blend(int format, std::uint32_t layer, Color color, std::uint32_t weight) {
     const std::uint32_t word = pack(format, color);
-    if (weight == 128) {
-        return layer;
-    }
-    if (weight == 0) {
-        return word;
+    if (weight == 128 || weight == 0) {
+        return weight == 128 ? layer : word;
     }
     if (weight == 64) {
         const std::uint32_t mask = format == 15 ? 0x7DEF : format == 16 ? 0x7BEF : 0x7F7F7F7F;
         return (word >> 1 & mask) + (layer >> 1 & mask);
     }
-    const auto channels = [format](std::uint32_t p) -> std::array<std::uint32_t, 3> {
-        if (format > 16) {
-            return {p >> 16 & 0xFF, p >> 8 & 0xFF, p & 0xFF};
-        }
-        return {format == 15 ? p >> 7 & 0xF8 : p >> 8 & 0xF8, format == 15 ? p >> 2 & 0xF8 : p >> 3 & 0xFC,
-                p << 3 & 0xFF};
+    const auto mixed = [&](int shift, int bits) {
+        const std::uint32_t mask = 0xFFu >> (8 - bits);
+        const std::uint32_t under = (layer >> shift & mask) << (8 - bits);
+        const std::uint32_t over = (word >> shift & mask) << (8 - bits);
+        return (under * weight + over * (128 - weight)) >> 7 >> (8 - bits) << shift;
     };
-    const auto under = channels(layer), over = channels(word);
-    const auto mixed = [&](int i) {
-        return static_cast<std::uint8_t>((under[i] * weight + over[i] * (128 - weight)) >> 7);
-    };
-    return pack(format, {mixed(0), mixed(1), mixed(2)});
+    return format == 15   ? mixed(10, 5) | mixed(5, 5) | mixed(0, 5)
+           : format == 16 ? mixed(11, 5) | mixed(5, 6) | mixed(0, 5)
+                          : mixed(16, 8) | mixed(8, 8) | mixed(0, 8);
 }
 
 void drawIcon(Layer& layer, const Icon& icon, double x, double y, double scale, const Rect& caller,
               const NearestIndex& nearest) {
-    const int width = icon.pixels.width, height = icon.pixels.height;
     x = std::isnan(x) ? 0.0 : x;
     y = std::isnan(y) ? 0.0 : y;
     const std::int32_t left = to32Bits(trunc64(x)), top = to32Bits(trunc64(y));
-    const Rect wanted{left, top, to32Bits(trunc64(x + roundedSize(width, scale))),
-                      to32Bits(trunc64(y + roundedSize(height, scale)))};
-    const Rect clip = intersect(intersect(wanted, caller), {0, 0, layer.width, layer.height});
-    const Rect drawn = intersect(place(left, top, width, height, scale), clip);
-    const Rect target = moved(drawn, -std::int64_t{left}, -std::int64_t{top});
-    for (std::int64_t v = target.top; v < target.bottom && isDrawable(layer.format); ++v) {
-        for (std::int64_t u = target.left; u < target.right; ++u) {
-            const auto p = isUnit(scale)
-                               ? Position{u, v}
-                               : sourceOf(width, height, scale, target, nearestMethod, u, v).value();
-            const auto index = static_cast<std::uint8_t>(icon.pixels.at(p.x, p.y));
-            const std::uint8_t transparency = icon.transparency[index];
-            std::uint32_t& pixel = layer.at(u + left, v + top);
-            if (layer.format != 8) {
-                pixel = blend(layer.format, pixel, icon.colors[index], iconWeight(transparency));
-            } else if (transparency != 100) {
-                pixel = transparency == 0 ? 0 : nearest(icon.colors[index]);
-            }
+    const Rect wanted{left, top, to32Bits(trunc64(x + roundedSize(icon.pixels.width, scale))),
+                      to32Bits(trunc64(y + roundedSize(icon.pixels.height, scale)))};
+    const auto paint = [&](std::uint32_t& pixel, Position p) {
+        const auto index = static_cast<std::uint8_t>(icon.pixels.at(p.x, p.y));
+        const std::uint8_t transparency = icon.transparency[index];
+        if (layer.format != 8) {
+            pixel = blend(layer.format, pixel, icon.colors[index], iconWeight(transparency));
+        } else if (transparency != 100) {
+            pixel = transparency == 0 ? 0 : nearest(icon.colors[index]);
         }
-    }
+    };
+    paintPixels(layer, icon.pixels, left, top, scale, intersect(wanted, caller), nearestMethod, paint);
 }
 
 } // namespace talx::model

@@ -34,8 +34,8 @@ enum class Kind { grey8, color, grey16, range16 };
 
 struct Image {
     Kind kind = Kind::grey8;
-    std::vector<Plane>
-        planes; // one; color: red, green, blue; range16: the values, then the mask if it has one
+    // One; color: red, green, blue; range16: the values, then the mask if it has one.
+    std::vector<Plane> planes;
     std::int32_t depthCode = 0; // of grey16
 };
 
@@ -49,7 +49,7 @@ struct ColorState {
 };
 
 struct Layer {
-    int format = 0; // 8, 15, 16, 24 or 32; nothing is drawn into any other
+    int format = 0; // 8, 15, 16, 24 or 32
     int width = 0;
     int height = 0;
     std::vector<std::uint32_t> pixels; // width x height, each the little-endian number in its bytes

@@ -9,15 +9,9 @@
 namespace talx::test {
 namespace {
 
-using Entries = std::vector<ColorEntry>;
+using enum LayerFormat;
 
-Entries randomEntries(Random& random, int count) {
-    Entries entries(count);
-    random.fill(entries.data(), entries.size() * sizeof(ColorEntry));
-    return entries;
-}
-
-std::vector<model::Color> toModel(const Entries& entries) {
+std::vector<model::Color> toModel(const std::vector<ColorEntry>& entries) {
     std::vector<model::Color> colors;
     for (const ColorEntry e : entries) {
         colors.push_back({e.red, e.green, e.blue});
@@ -25,181 +19,131 @@ std::vector<model::Color> toModel(const Entries& entries) {
     return colors;
 }
 
-// Replaces a map's entries; afterFailure is told which entries are there when memory ran out.
+// Replaces a map's entries by random ones. entries follows the map, also when memory runs out.
 template <class Map, class Check>
-void replaceEntries(Map& map, const Entries& entries, const Check& afterFailure) {
-    Entries appended;
-    appended.reserve(entries.size());
-    withEveryAllocationFailing(
-        [&] {
-            appended.clear();
-            map.beginReplace();
-            for (const ColorEntry e : entries) {
-                map.append(e);
-                appended.push_back(e);
-            }
-            map.endReplace();
-        },
-        [&] { afterFailure(appended); });
+void replaceEntries(Random& random, Map& map, std::vector<ColorEntry>& entries, const Check& check) {
+    const std::size_t count = random.oneOf({0, 1, 100, 255, 256, 257, 700, 5000});
+    entries.reserve(count);
+    const auto replace = [&] {
+        entries.clear();
+        map.beginReplace();
+        while (entries.size() < count) {
+            const ColorEntry color = fromRgbWord(random.word());
+            map.append(color);
+            entries.push_back(color);
+        }
+        map.endReplace();
+    };
+    withEveryAllocationFailing(replace, check);
 }
 
-// Compares a map's table for a format with what a value shows there by the model.
+// Compares a map's table for a format with what its values show there by the model.
 template <LayerFormat Format, class Map, class Expected>
-void checkTableOf(Map& map, std::uint32_t count, const Expected& expected) {
+void checkTable(Map& map, std::uint32_t count, const Expected& expected) {
     const typename TableEntry<Format>::type* table = nullptr;
-    withEveryAllocationFailing([&] { table = map.template table<Format>(); }, [] {});
+    withEveryAllocationFailing([&] { table = map.template table<Format>(); });
     for (std::uint32_t v = 0; v < count; ++v) {
-        ASSERT_EQ(expected(static_cast<int>(Format), v), toNumber(table[v]))
+        std::uint32_t shown = 0;
+        std::memcpy(&shown, &table[v], sizeof table[v]);
+        ASSERT_EQ(expected(static_cast<int>(Format), v), shown)
             << "format " << static_cast<int>(Format) << ", value " << v << " of " << count;
     }
 }
-template <class Map, class Expected>
-void checkSomeTable(Random& random, Map& map, std::uint32_t count, const Expected& expected) {
-    switch (random.between(0, 3)) {
-    case 0:
-        return checkTableOf<LayerFormat::Rgb15>(map, count, expected);
-    case 1:
-        return checkTableOf<LayerFormat::Rgb16>(map, count, expected);
-    case 2:
-        return checkTableOf<LayerFormat::Rgb24>(map, count, expected);
-    default:
-        return checkTableOf<LayerFormat::Rgb32>(map, count, expected);
-    }
-}
-
-void useGreyMap(unsigned number) {
-    Random random(number);
-    GreyColorMap8 map;
-    Entries entries, ramp;
-    for (int g = 0; g < 256; ++g) {
-        ramp.push_back(greyEntry(g));
-    }
-    entries = ramp;
-    bool isSet = false, hasPalette = false;
-    model::ColorState colors;
-    std::uint32_t palette = random.word();
-    const NearestPaletteIndex nearest = [&](std::uint32_t colorRef) {
-        return static_cast<std::uint8_t>(((colorRef ^ palette) * 2654435761u) >> 24);
-    };
-    const auto check = [&] {
-        ASSERT_EQ(isSet, map.isSet());
-        ASSERT_TRUE(entries == map.entries());
-        const auto k = static_cast<std::uint8_t>(random.word());
-        ASSERT_TRUE((k < entries.size() ? entries[k] : greyEntry(k)) == map.entry(k));
-        colors.grey8 = toModel(entries);
-        const auto expected = [&](int format, std::uint32_t v) {
-            return model::greyPixel8(format, colors, static_cast<std::uint8_t>(v));
-        };
-        if (random.oneIn(2)) { // not always, so that tables of several ages come together
-            checkSomeTable(random, map, 256, expected);
-        }
-        if (hasPalette && random.oneIn(2)) {
-            checkTableOf<LayerFormat::Pal8>(map, 256, expected);
-        }
-    };
-    for (int step = 0; step < 40; ++step) {
-        const int action = random.between(0, 3);
-        if (action == 0) {
-            const auto k = static_cast<std::uint8_t>(random.word());
-            const ColorEntry color = randomEntries(random, 1).front();
-            withEveryAllocationFailing([&] { map.setEntry(k, color, hasPalette ? nearest : nullptr); },
-                                       check);
-            if (entries.size() < 256) {
-                entries.insert(entries.end(), ramp.begin() + entries.size(), ramp.end());
-            }
-            entries[k] = color;
-            isSet = true;
-            colors.paletteIndex[k] = nearest(toColorRef(color));
-        } else if (action == 1) {
-            const int count = random.oneOf({0, 1, 100, 255, 256, 257, 700});
-            const Entries next = randomEntries(random, count);
-            replaceEntries(map, next, [&](const Entries& appended) {
-                entries = appended;
-                isSet = false;
-                check();
-            });
-            entries = next;
-            isSet = true;
-        } else if (action == 2) {
-            withEveryAllocationFailing([&] { map.clear(); },
-                                       [&] {
-                                           entries = map.entries(); // the old ones or the new ones
-                                           isSet = map.isSet();
-                                           check();
-                                       });
-            entries.resize(std::max<std::size_t>(entries.size(), 256)); // those beyond stay
-            std::copy(ramp.begin(), ramp.end(), entries.begin());
-            isSet = false;
-        } else {
-            palette = random.word();
-            withEveryAllocationFailing([&] { map.updatePalette(nearest); }, check);
-            hasPalette = true;
-            for (int k = 0; k < 256; ++k) {
-                colors.paletteIndex[k] = nearest(toColorRef(map.entry(static_cast<std::uint8_t>(k))));
-            }
-        }
-        check();
-        ASSERT_FALSE(testing::Test::HasFailure()) << "case " << number << ", step " << step;
-    }
+// Some of its tables only, so that tables of several ages come together.
+template <LayerFormat... Formats, class Map, class Expected>
+void checkSomeTables(Random& random, Map& map, std::uint32_t count, const Expected& expected) {
+    ((random.oneIn(8) ? checkTable<Formats>(map, count, expected) : void()), ...);
 }
 
 TEST(GreyColorMap8, TablesAlwaysAgreeWithTheMap) {
-    for (unsigned number = 0; number < 150; ++number) {
-        ASSERT_NO_FATAL_FAILURE(useGreyMap(number));
+    std::vector<ColorEntry> ramp;
+    for (int g = 0; g < 256; ++g) {
+        ramp.push_back(greyEntry(g));
     }
-}
-
-void use16BitMap(unsigned number) {
-    Random random(number);
-    ColorMap16 map;
-    Entries entries;
-    std::uint32_t size = 0;
-    const auto check = [&] {
-        ASSERT_TRUE(entries == map.entries());
-        ASSERT_EQ(size, map.tableSize());
-        if (size > 0 && random.oneIn(2)) {
-            const auto colors = toModel(entries);
-            checkSomeTable(random, map, size, [&](int format, std::uint32_t v) {
-                return model::greyPixel16(format, colors, size, static_cast<std::uint16_t>(v));
-            });
+    forEachCase(200, [&](Random& random) {
+        GreyColorMap8 map;
+        std::vector<ColorEntry> entries = ramp;
+        bool isSet = false;
+        model::ColorState colors;
+        NearestPaletteIndex nearest; // none before there is a palette
+        const auto check = [&] {
+            ASSERT_EQ(isSet, map.isSet());
+            ASSERT_TRUE(entries == map.entries());
+            colors.grey8 = toModel(entries);
+            const auto expected = [&](int format, std::uint32_t v) {
+                return model::greyPixel8(format, colors, static_cast<std::uint8_t>(v));
+            };
+            checkSomeTables<Pal8, Rgb15, Rgb16, Rgb24, Rgb32>(random, map, 256, expected);
+        };
+        for (int step = 0; step < 40; ++step) {
+            const auto k = static_cast<std::uint8_t>(random.word());
+            const std::uint32_t word = random.word();
+            switch (random.between(0, 3)) {
+            case 0:
+                withEveryAllocationFailing([&] { map.setEntry(k, fromRgbWord(word), nearest); }, check);
+                entries.insert(entries.end(), ramp.begin() + std::min(entries.size(), ramp.size()),
+                               ramp.end());
+                entries[k] = fromRgbWord(word);
+                isSet = true;
+                colors.paletteIndex[k] = nearest ? nearest(toColorRef(entries[k])) : 0;
+                break;
+            case 1:
+                isSet = false;
+                replaceEntries(random, map, entries, check);
+                isSet = true;
+                break;
+            case 2:
+                withEveryAllocationFailing([&] { map.clear(); }, check);
+                entries.resize(std::max(entries.size(), ramp.size())); // those beyond stay
+                std::copy(ramp.begin(), ramp.end(), entries.begin());
+                isSet = false;
+                break;
+            default:
+                nearest = [word](std::uint32_t c) {
+                    return static_cast<std::uint8_t>((c ^ word) * 2654435761u >> 24);
+                };
+                withEveryAllocationFailing([&] { map.updatePalette(nearest); }, check);
+                for (int i = 0; i < 256; ++i) {
+                    colors.paletteIndex[i] = nearest(toColorRef(map.entry(static_cast<std::uint8_t>(i))));
+                }
+            }
+            ASSERT_NO_FATAL_FAILURE(check()) << "step " << step;
         }
-    };
-    EXPECT_EQ(65535u, map.maxValue());
-    for (int step = 0; step < 25; ++step) {
-        const int action = random.between(0, 6);
-        if (action == 0) {
-            withEveryAllocationFailing([&] { map.clear(); },
-                                       [&] {
-                                           entries = map.entries(); // the old ones or none
-                                           check();
-                                       });
-            entries.clear();
-        } else if (action == 1) {
-            map.unset();
-            size = 0;
-        } else if (action < 4) {
-            const Entries next = randomEntries(random, random.oneOf({0, 1, 10, 255, 256, 1024, 5000, 66000}));
-            replaceEntries(map, next, [&](const Entries& appended) {
-                entries = appended;
-                check();
-            });
-            entries = next;
-        } else {
-            const std::int32_t code = random.between(-1, 7);
-            size = model::valueCount(code);
-            ASSERT_EQ(size, tableSizeOfDepthCode(code));
-            map.setSize(size);
-            ASSERT_EQ(size - 1, map.maxValue());
-        }
-        check();
-        ASSERT_FALSE(testing::Test::HasFailure()) << "case " << number << ", step " << step;
-    }
+    });
 }
 
 TEST(ColorMap16, TablesAlwaysAgreeWithTheMap) {
-    for (unsigned number = 0; number < 40; ++number) {
-        ASSERT_NO_FATAL_FAILURE(use16BitMap(number));
-    }
+    forEachCase(40, [](Random& random) {
+        ColorMap16 map;
+        std::vector<ColorEntry> entries;
+        std::uint32_t size = 0;
+        const auto check = [&] {
+            ASSERT_EQ(size, map.tableSize());
+            ASSERT_TRUE(entries == map.entries());
+            const auto expected = [&, colors = toModel(entries)](int format, std::uint32_t v) {
+                return model::greyPixel16(format, colors, size, static_cast<std::uint16_t>(v));
+            };
+            checkSomeTables<Rgb15, Rgb16, Rgb24, Rgb32>(random, map, size, expected);
+        };
+        for (int step = 0; step < 25; ++step) {
+            const int action = random.between(0, 6);
+            if (action == 0) {
+                entries.clear();
+                withEveryAllocationFailing([&] { map.clear(); }, check);
+            } else if (action == 1) {
+                size = 0;
+                map.unset();
+            } else if (action < 4) {
+                replaceEntries(random, map, entries, check);
+            } else {
+                const std::int32_t depthCode = random.between(-1, 7);
+                size = model::valueCount(depthCode);
+                map.setSize(tableSizeOfDepthCode(depthCode));
+                ASSERT_EQ(size - 1, map.maxValue());
+            }
+            ASSERT_NO_FATAL_FAILURE(check()) << "step " << step;
+        }
+    });
 }
 
 } // namespace

@@ -1,18 +1,20 @@
 // Random numbers, and rows of random pixels in every layout that pixels may have in memory.
 #pragma once
 
-#include "render/pixels/pixel_format.h"
+#include "render/pixels/row_converters.h"
 #include "tests/support/fenced_memory.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
+#include <optional>
 #include <random>
 #include <vector>
 
 namespace talx::test {
 
-// The same numbers in every run; --gtest_shuffle with --gtest_random_seed=N makes others.
+// Numbers that are others in every run unless --gtest_random_seed=N asks for those of a certain run.
 class Random {
 public:
     explicit Random(unsigned number)
@@ -27,46 +29,51 @@ public:
     T oneOf(std::initializer_list<T> values) {
         return values.begin()[between(0, static_cast<int>(values.size()) - 1)];
     }
-    // Bytes with runs of the lowest, the highest and the middle value among them.
+    // Bytes, the lowest, the middle and the highest value often among them.
     void fill(void* memory, std::size_t size) {
-        auto* const bytes = static_cast<std::uint8_t*>(memory);
-        for (std::size_t i = 0; i < size;) {
-            const int kind = between(0, 5);
-            for (const std::size_t end = std::min<std::size_t>(size, i + between(1, 12)); i < end; ++i) {
-                bytes[i] = static_cast<std::uint8_t>(kind == 0   ? 0
-                                                     : kind == 1 ? 255
-                                                     : kind == 2 ? 128
-                                                                 : word());
-            }
-        }
+        std::generate_n(static_cast<std::uint8_t*>(memory), size, [this] {
+            return static_cast<std::uint8_t>(oneIn(4) ? oneOf({0, 128, 255}) : static_cast<int>(word()));
+        });
     }
 
 private:
     std::mt19937_64 engine_;
 };
 
-// A pixel or table entry as the little-endian number in its bytes.
-template <class Entry>
-std::uint32_t toNumber(const Entry& entry) {
-    std::uint32_t number = 0;
-    std::memcpy(&number, &entry, sizeof entry);
-    return number;
+inline Extent randomExtent(Random& random) {
+    return {random.between(-1, random.oneOf({9, 60})), random.between(-1, 9)};
 }
 
-// Rows of random pixels against a fence: padded or not, stored in either direction, at any address.
-struct Rows {
-    Rows(Random& random, const FencedMemory& memory, int w, int h, int bytes)
-        : width(std::max(w, 0)), height(std::max(h, 0)), pixelBytes(bytes) {
-        const std::ptrdiff_t used = std::ptrdiff_t{width} * bytes;
-        const std::ptrdiff_t distance = used + (random.oneIn(2) ? 0 : random.between(1, 9));
-        const std::ptrdiff_t lastRow = std::max(height - 1, 0) * distance;
-        const bool upward = random.oneIn(2);
-        size = width > 0 && height > 0 ? lastRow + used : 0;
-        lowest = random.oneIn(2) ? memory.begin() : memory.endingAtFence(size);
-        data = lowest + (upward && size > 0 ? lastRow : 0);
-        stride = upward ? -distance : distance;
-        random.fill(lowest, size);
+// Runs cases 0, 1, 2, ..., each with random numbers of its own, until one fails.
+template <class Run>
+void forEachCase(unsigned count, const Run& run) {
+    const int seed = testing::UnitTest::GetInstance()->random_seed();
+    for (unsigned number = 0; number < count; ++number) {
+        Random random(number);
+        ASSERT_NO_FATAL_FAILURE(run(random)) << "case " << number << ", --gtest_random_seed=" << seed;
     }
+}
+
+// Rows of random pixels against a fence: padded or not, stored in either direction, at any address. There are
+// no pixels when a side is below 1.
+class Rows {
+public:
+    Rows(Random& random, const FencedMemory& memory, int w, int h, int bytes)
+        : width(w), height(h), pixelBytes(bytes) {
+        const std::ptrdiff_t used = width > 0 && height > 0 ? width * bytes : 0;
+        const std::ptrdiff_t distance = used + (random.oneIn(2) ? 0 : random.between(1, 9));
+        const std::ptrdiff_t lastRow = used > 0 ? (height - 1) * distance : 0;
+        const std::size_t size = lastRow + used;
+        stride = random.oneIn(2) ? distance : -distance;
+        lowest_ = random.oneIn(2) ? memory.begin() : memory.endingAtFence(size);
+        data = lowest_ + (stride < 0 ? lastRow : 0);
+        random.fill(lowest_, size);
+        expected_.assign(lowest_, lowest_ + size);
+    }
+
+    int width, height, pixelBytes;
+    std::uint8_t* data; // pixel (0, 0)
+    std::ptrdiff_t stride;
 
     [[nodiscard]] std::uint8_t* at(std::int64_t x, std::int64_t y) const {
         return data + y * stride + x * pixelBytes;
@@ -76,49 +83,30 @@ struct Rows {
         std::memcpy(&v, at(x, y), pixelBytes);
         return v;
     }
-    template <class Action>
-    void forEachPixel(const Action& action) const {
-        for (int y = 0; y < height; ++y) {
-            for (int x = 0; x < width; ++x) {
-                action(x, y);
-            }
-        }
-    }
     operator PixelRows() const { return {data, stride}; }
     operator ConstPixelRows() const { return {data, stride}; }
     operator PlaneView() const { return {data, stride, width, height}; }
 
-    int width, height, pixelBytes;
-    std::size_t size;
-    std::uint8_t* lowest;
-    std::uint8_t* data; // pixel (0, 0)
-    std::ptrdiff_t stride;
-};
-
-// What rows must hold after some code has written into them: to begin with, what they hold now.
-class ExpectedRows {
-public:
-    explicit ExpectedRows(const Rows& rows) : rows_(rows), bytes_(rows.lowest, rows.lowest + rows.size) {}
-
-    void set(int x, int y, std::uint32_t value) {
-        std::memcpy(bytes_.data() + (rows_.at(x, y) - rows_.lowest), &value, rows_.pixelBytes);
-    }
-    // Whether they do, every byte between the rows included.
-    [[nodiscard]] testing::AssertionResult areThere() const {
-        for (std::size_t i = 0; i < bytes_.size(); ++i) {
-            if (bytes_[i] != rows_.lowest[i]) {
-                return testing::AssertionFailure()
-                       << "byte " << rows_.lowest + i - rows_.data << " from pixel (0, 0) of " << rows_.width
-                       << " x " << rows_.height << " pixels with stride " << rows_.stride << " is "
-                       << int{rows_.lowest[i]} << " instead of " << int{bytes_[i]};
+    // Every pixel is to become pixelAt(x, y).
+    template <class PixelAt>
+    void expect(const PixelAt& pixelAt) {
+        for (int y = 0; y < height; ++y) {
+            for (int x = 0; x < width; ++x) {
+                const std::uint32_t pixel = pixelAt(x, y);
+                std::memcpy(&expected_[at(x, y) - lowest_], &pixel, pixelBytes);
             }
         }
-        return testing::AssertionSuccess();
+    }
+    // How far from pixel (0, 0) the first byte is that does not hold what was expected or, between the rows
+    // and without expectations, what it always held. Nothing when there is no such byte.
+    [[nodiscard]] std::optional<std::ptrdiff_t> wrongByte() const {
+        const auto [byte, seen] = std::mismatch(expected_.begin(), expected_.end(), lowest_);
+        return byte == expected_.end() ? std::nullopt : std::optional(seen - data);
     }
 
 private:
-    const Rows& rows_;
-    std::vector<std::uint8_t> bytes_;
+    std::uint8_t* lowest_; // the rows' first byte in memory
+    std::vector<std::uint8_t> expected_;
 };
 
 } // namespace talx::test

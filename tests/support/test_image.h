@@ -73,8 +73,9 @@ private:
     // Answers a question for a number or an object's address, or fails at it.
     template <class Value>
     HRESULT answer(ImageStep step, Value value, Value* out, int plane = 0) const {
-        *out = failsAt(step, plane) ? Value{} : value;
-        return failsAt(step, plane) ? fault.result : S_OK;
+        const bool fails = failsAt(step, plane);
+        *out = fails && !fault.yield ? Value{} : value;
+        return fails ? fault.result : S_OK;
     }
     HRESULT makeAccess(int plane, ITalPelAccess** access);
 
