@@ -1,4 +1,4 @@
-// Times the pixel routines on a full-HD layer, each beside a memcpy of as many bytes as it writes: the
+// Times the pixel routines on a full-HD buffer, each beside a memcpy of as many bytes as it writes: the
 // routines only read, look up and write, so the copy is the limit that memory sets.
 #include "render/pixels/color_maps.h"
 #include "render/pixels/icon_blend.h"
@@ -40,20 +40,20 @@ std::vector<std::uint8_t> heights16() {
     return v;
 }
 
-// Runs draw(layer) on a layer of pixelSize bytes a pixel; routine and copy take turns.
+// Runs draw(buffer) on a buffer of pixelSize bytes a pixel; routine and copy take turns.
 template <class Draw>
 void run(benchmark::State& state, std::size_t pixelSize, Draw draw) {
     using Clock = std::chrono::steady_clock;
-    std::vector<std::uint8_t> layer = noise(pixels * pixelSize);
-    std::vector<std::uint8_t> other = layer;
-    const PixelRows rows{layer.data(), static_cast<std::ptrdiff_t>(width * pixelSize)};
+    std::vector<std::uint8_t> buffer = noise(pixels * pixelSize);
+    std::vector<std::uint8_t> other = buffer;
+    const PixelRows rows{buffer.data(), static_cast<std::ptrdiff_t>(width * pixelSize)};
     std::chrono::duration<double> drawing{}, copying{};
     for ([[maybe_unused]] auto _ : state) {
         const auto start = Clock::now();
         draw(rows);
         benchmark::ClobberMemory();
         const auto drawn = Clock::now();
-        std::memcpy(other.data(), layer.data(), layer.size());
+        std::memcpy(other.data(), buffer.data(), buffer.size());
         benchmark::ClobberMemory();
         const auto copied = Clock::now();
         drawing += drawn - start;
@@ -64,7 +64,7 @@ void run(benchmark::State& state, std::size_t pixelSize, Draw draw) {
     state.counters["Mpixel/s"] = pixels * static_cast<double>(state.iterations()) / drawing.count() / 1e6;
 }
 
-template <LayerFormat Format>
+template <PixelFormat Format>
 void grey8(benchmark::State& state) {
     const auto source = noise(pixels);
     GreyColorMap8 map;
@@ -73,7 +73,7 @@ void grey8(benchmark::State& state) {
     });
 }
 
-template <LayerFormat Format>
+template <PixelFormat Format>
 void grey16(benchmark::State& state) {
     const auto source = heights16();
     ColorMap16 map;
@@ -92,11 +92,11 @@ void maskedRange(benchmark::State& state) {
     map.setSize(65536);
     run(state, 4, [&](const PixelRows& out) {
         convertMaskedRange16(out, {source.data(), 2 * width}, {mask.data(), width}, extent,
-                             map.table<LayerFormat::Rgb32>(), map.maxValue(), std::uint32_t{0xFF});
+                             map.table<PixelFormat::Rgb32>(), map.maxValue(), std::uint32_t{0xFF});
     });
 }
 
-template <LayerFormat Format>
+template <PixelFormat Format>
 void color(benchmark::State& state) {
     const auto planes = noise(3 * pixels);
     const auto plane = [&](std::size_t n) {
@@ -120,7 +120,7 @@ void kernel(benchmark::State& state, double scale) {
 }
 
 // Transparencies in percent of the icon's 256 indices: one for all, or each its own.
-template <LayerFormat Format>
+template <PixelFormat Format>
 void icon(benchmark::State& state, int transparency) {
     const auto source = noise(pixels);
     IconTables tables;
@@ -137,16 +137,16 @@ void icon(benchmark::State& state, int transparency) {
 #define TALX_BENCHMARK_WITH(f, name, arg)                                                                    \
     BENCHMARK_CAPTURE(f, name, arg)->UseManualTime()->Unit(benchmark::kMillisecond)
 
-TALX_BENCHMARK(grey8<LayerFormat::Pal8>);
-TALX_BENCHMARK(grey8<LayerFormat::Rgb16>);
-TALX_BENCHMARK(grey8<LayerFormat::Rgb24>);
-TALX_BENCHMARK(grey8<LayerFormat::Rgb32>);
-TALX_BENCHMARK(grey16<LayerFormat::Rgb24>);
-TALX_BENCHMARK(grey16<LayerFormat::Rgb32>);
+TALX_BENCHMARK(grey8<PixelFormat::Pal8>);
+TALX_BENCHMARK(grey8<PixelFormat::Rgb16>);
+TALX_BENCHMARK(grey8<PixelFormat::Rgb24>);
+TALX_BENCHMARK(grey8<PixelFormat::Rgb32>);
+TALX_BENCHMARK(grey16<PixelFormat::Rgb24>);
+TALX_BENCHMARK(grey16<PixelFormat::Rgb32>);
 TALX_BENCHMARK(maskedRange);
-TALX_BENCHMARK(color<LayerFormat::Rgb16>);
-TALX_BENCHMARK(color<LayerFormat::Rgb24>);
-TALX_BENCHMARK(color<LayerFormat::Rgb32>);
+TALX_BENCHMARK(color<PixelFormat::Rgb16>);
+TALX_BENCHMARK(color<PixelFormat::Rgb24>);
+TALX_BENCHMARK(color<PixelFormat::Rgb32>);
 constexpr auto nearest8 = kernel<resampleNearest8, 1>;
 constexpr auto nearest16 = kernel<resampleNearest16, 2>;
 constexpr auto centre8 = kernel<resampleCentre8, 1>;
@@ -157,7 +157,7 @@ TALX_BENCHMARK_WITH(nearest16, times_0_37, 0.37);
 TALX_BENCHMARK_WITH(centre8, times_2_5, 2.5);
 TALX_BENCHMARK_WITH(centre8, times_0_4, 0.4);
 TALX_BENCHMARK_WITH(centre16, times_0_4, 0.4);
-constexpr auto icon32 = icon<LayerFormat::Rgb32>;
+constexpr auto icon32 = icon<PixelFormat::Rgb32>;
 TALX_BENCHMARK_WITH(icon32, opaque, 0);
 TALX_BENCHMARK_WITH(icon32, blended, 30);
 TALX_BENCHMARK_WITH(icon32, of_every_weight, -1);

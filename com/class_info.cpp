@@ -10,23 +10,18 @@ namespace talx {
 HRESULT TypeInfoCache::get(const CLSID& coclass, ITypeInfo** info) {
     *info = nullptr;
     if (!info_.load()) {
-        try {
-            ComPtr<ITypeLib> library;
-            ComPtr<ITypeInfo> loaded;
-            HRESULT hr = loadTypeLibrary(comModule(), library.GetAddressOf());
-            if (SUCCEEDED(hr)) {
-                hr = library->GetTypeInfoOfGuid(coclass, loaded.GetAddressOf());
-            }
-            if (FAILED(hr)) {
-                return hr;
-            }
-            ITypeInfo* none = nullptr;
-            if (info_.compare_exchange_strong(none, loaded.Get())) { // else another thread was first
-                loaded.Detach();
-                comModule().atTermination(*this);
-            }
-        } catch (const std::bad_alloc&) {
-            return E_OUTOFMEMORY;
+        ComPtr<ITypeInfo> loaded;
+        const HRESULT hr = guarded([&] {
+            const ComPtr<ITypeLib> library = loadTypeLibrary(comModule());
+            return library->GetTypeInfoOfGuid(coclass, loaded.GetAddressOf());
+        });
+        if (FAILED(hr)) {
+            return hr;
+        }
+        ITypeInfo* none = nullptr;
+        if (info_.compare_exchange_strong(none, loaded.Get())) { // else another thread was first
+            loaded.Detach();
+            comModule().atTermination(*this);
         }
     }
     *info = info_.load();

@@ -26,12 +26,13 @@
 // makeObject creates it.
 #pragma once
 
+#include "com/method_frame.h"
+
 #include <windows.h>
 
 #include <comcat.h>
 #include <wrl/client.h>
 
-#include <new>
 #include <span>
 #include <utility>
 
@@ -107,7 +108,7 @@ public:
     CComObjectRootEx& operator=(const CComObjectRootEx&) = delete;
 
     // Called once after construction, while the object is referenced. A failure destroys the object and is
-    // what the creating call returns; so is std::bad_alloc, as E_OUTOFMEMORY.
+    // what the creating call returns.
     HRESULT FinalConstruct() { return S_OK; }
 
 protected:
@@ -224,24 +225,20 @@ public:
     }
 };
 
-// Creates objects of the complete class Object and queries them for an interface.
+// Creates objects of the complete class Object and queries them for an interface. Throws std::bad_alloc.
 template <class Object>
 struct CComCreator {
     template <class... Args>
     static HRESULT CreateInstance(REFIID iid, void** result, Args... args) {
         *result = nullptr;
-        try {
-            // Held meanwhile, so that an object that queries itself in FinalConstruct outlives it.
-            const Microsoft::WRL::ComPtr<Object> object(new Object(args...));
-            const HRESULT hr = object->FinalConstruct();
-            return FAILED(hr) ? hr : object->QueryInterface(iid, result);
-        } catch (const std::bad_alloc&) {
-            return E_OUTOFMEMORY;
-        }
+        // Held meanwhile, so that an object that queries itself in FinalConstruct outlives it.
+        const Microsoft::WRL::ComPtr<Object> object(new Object(args...));
+        const HRESULT hr = object->FinalConstruct();
+        return FAILED(hr) ? hr : object->QueryInterface(iid, result);
     }
 };
 
-// Creates an object of Class, aggregated if there is an outer object.
+// Creates an object of Class, aggregated if there is an outer object. Throws std::bad_alloc.
 template <class Class>
 HRESULT createInstance(IUnknown* outer, REFIID iid, void** result) {
     return outer ? CComCreator<CComAggObject<Class>>::CreateInstance(iid, result, outer)
@@ -275,7 +272,7 @@ public:
 // The class factory of every class. LockServer holds the module's lock.
 class CComClassFactory : public CComObjectRootEx<CComMultiThreadModel>, public IClassFactory {
 public:
-    explicit CComClassFactory(InstanceCreator create) : create_(create) {}
+    CComClassFactory(InstanceCreator create, const CLSID* clsid) : create_(create), clsid_(*clsid) {}
 
     static std::span<const ComInterfaceEntry> interfaceMap() {
         static constexpr ComInterfaceEntry entries[] = {comInterface<CComClassFactory, IClassFactory>()};
@@ -292,7 +289,9 @@ public:
         if (outer && !InlineIsEqualGUID(iid, __uuidof(IUnknown))) {
             return CLASS_E_NOAGGREGATION;
         }
-        return create_(outer, iid, result);
+        return MethodFrame({__uuidof(IClassFactory), clsid_}, L"CreateInstance").run([&] {
+            return create_(outer, iid, result);
+        });
     }
     STDMETHOD(LockServer)(BOOL lock) override {
         lock ? lockModule() : unlockModule();
@@ -301,6 +300,7 @@ public:
 
 private:
     const InstanceCreator create_;
+    const CLSID& clsid_;
 };
 
 } // namespace talx

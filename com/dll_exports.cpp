@@ -1,4 +1,5 @@
 // The entry point and the four exports of a COM server DLL.
+#include "com/failure.h"
 #include "com/module.h"
 #include "com/registration.h"
 
@@ -12,16 +13,18 @@ void __freeres();
 
 extern "C" BOOL WINAPI DllMain(HINSTANCE instance, DWORD reason, void* /*reserved*/) {
     if (reason == DLL_PROCESS_ATTACH) {
+        talx::prepareExceptions();
         comModule().attach(instance, talx::moduleDefinition());
     } else if (reason == DLL_PROCESS_DETACH) {
         comModule().detach();
+        talx::releaseExceptions();
         __gnu_cxx::__freeres();
     }
     return TRUE;
 }
 
 STDAPI DllGetClassObject(REFCLSID clsid, REFIID iid, void** result) {
-    return comModule().getClassObject(clsid, iid, result);
+    return talx::guarded([&] { return comModule().getClassObject(clsid, iid, result); });
 }
 
 STDAPI DllCanUnloadNow() {
@@ -29,9 +32,9 @@ STDAPI DllCanUnloadNow() {
 }
 
 STDAPI DllRegisterServer() {
-    return talx::registerServer(comModule());
+    return talx::guarded([] { return talx::registerServer(comModule()); });
 }
 
 STDAPI DllUnregisterServer() {
-    return talx::unregisterServer(comModule());
+    return talx::guarded([] { return talx::unregisterServer(comModule()); });
 }

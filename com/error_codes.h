@@ -1,7 +1,9 @@
-// The component's own HRESULTs: severity error, facility ITF, the code is the id of the message.
+// The component's own HRESULTs: severity error, facility ITF, the code is the id of the message. Named are
+// the four that the engines answer themselves; the other messages go with the HRESULT of the platform's step
+// that failed.
 #pragma once
 
-#include "com/resource.h"
+#include "com/message_ids.h"
 
 #include <windows.h>
 

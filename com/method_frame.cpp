@@ -1,10 +1,8 @@
-// See method_frame.h.
+// See method_frame.h. Nothing here throws.
 #include "com/method_frame.h"
 
 #include "com/bstr.h"
-#include "com/error_codes.h"
 #include "com/module.h"
-#include "talxrend.h"
 
 #include <wrl/client.h>
 
@@ -20,15 +18,14 @@ constexpr bool isOwnCode(HRESULT hr) {
     return code >= 0x80044000 && code <= 0x80047FFF;
 }
 
-// Installs the error information for the calling thread; a failure leaves the previous one.
-HRESULT setErrorInfo(const CLSID& clsid, const wchar_t* description) {
+HRESULT createErrorInfo(const ErrorSource& source, const wchar_t* description, ComPtr<IErrorInfo>& info) {
     ComPtr<ICreateErrorInfo> error;
     HRESULT hr = CreateErrorInfo(error.GetAddressOf());
     if (FAILED(hr)) {
         return hr;
     }
     wchar_t* progId = nullptr;
-    hr = ProgIDFromCLSID(clsid, &progId);
+    hr = ProgIDFromCLSID(source.classId, &progId);
     if (SUCCEEDED(hr)) {
         hr = error->SetSource(progId);
         CoTaskMemFree(progId);
@@ -37,56 +34,56 @@ HRESULT setErrorInfo(const CLSID& clsid, const wchar_t* description) {
     }
     // A new error object's help file is none and its help context 0.
     if (SUCCEEDED(hr)) {
-        hr = error->SetGUID(__uuidof(ITalRenderEngine));
+        hr = error->SetGUID(source.interfaceId);
     }
     if (SUCCEEDED(hr)) {
         hr = error->SetDescription(const_cast<wchar_t*>(description));
     }
-    ComPtr<IErrorInfo> info;
-    if (SUCCEEDED(hr)) {
-        hr = error.As(&info);
-    }
-    return FAILED(hr) ? hr : SetErrorInfo(0, info.Get());
+    return FAILED(hr) ? hr : error.As(&info);
 }
 
-// As reportError, but gives setErrorInfo's result.
-HRESULT describeError(const CLSID& clsid, const wchar_t* description, HRESULT hr, UINT resourceId) {
-    if (resourceId == 0 && isOwnCode(hr)) {
-        resourceId = LOWORD(hr);
+// Installs the information for the calling thread. A failure leaves the thread without any: what an earlier
+// call has left says nothing about this one.
+HRESULT describe(const ErrorSource& source, const wchar_t* description, HRESULT hr, UINT messageId = 0) {
+    if (messageId == 0 && isOwnCode(hr)) {
+        messageId = LOWORD(hr);
     }
     wchar_t message[256];
-    if (resourceId != 0) {
-        const bool found = LoadStringW(comModule().instance(), resourceId, message,
-                                       static_cast<int>(std::size(message))) > 0;
+    if (messageId != 0) {
+        const bool found =
+            LoadStringW(comModule().instance(), messageId, message, static_cast<int>(std::size(message))) > 0;
         description = found ? message : L"Unknown Error";
     }
-    return setErrorInfo(clsid, description);
+    ComPtr<IErrorInfo> info;
+    const HRESULT created = createErrorInfo(source, description, info);
+    const HRESULT installed = SetErrorInfo(0, info.Get());
+    return FAILED(created) ? created : installed;
 }
 
 } // namespace
 
-HRESULT reportError(const CLSID& clsid, const wchar_t* description, HRESULT hr, UINT resourceId) {
-    if (describeError(clsid, description, hr, resourceId) == E_OUTOFMEMORY) {
-        throw _com_error(E_OUTOFMEMORY);
+HRESULT MethodFrame::report(const StepFailure& failure) const noexcept {
+    const wchar_t* const text = failure.text() ? failure.text() : name_;
+    if (describe(source_, text, failure.Error(), failure.messageId()) == E_OUTOFMEMORY) {
+        return report(_com_error(E_OUTOFMEMORY));
     }
-    return hr;
+    return failure.Error();
 }
 
-HRESULT MethodFrame::reportComError(const _com_error& error) const {
+HRESULT MethodFrame::report(const _com_error& error) const noexcept {
     ComPtr<IErrorInfo> info;
     *info.GetAddressOf() = error.ErrorInfo(); // not Attach: MinGW's adds a reference
     Bstr detail;
     if (info) {
         info->GetDescription(detail.put());
     }
-    // The failure is returned even if nothing can be told about it: no exception may take its place.
     const Bstr text{name_, L" ", detail.view()};
-    describeError(clsid_, text.c_str(), error.Error(), 0);
+    describe(source_, text ? text.c_str() : name_, error.Error());
     return error.Error();
 }
 
-HRESULT MethodFrame::reportOutOfMemory() const {
-    describeError(clsid_, name_, E_OUTOFMEMORY, 0);
+HRESULT MethodFrame::reportOutOfMemory() const noexcept {
+    describe(source_, name_, E_OUTOFMEMORY);
     return E_OUTOFMEMORY;
 }
 

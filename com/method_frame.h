@@ -1,51 +1,62 @@
-// The one frame in which the engines' methods run, all but the trivial accessors that set no error
-// information, and the reporter through which every failure becomes such information.
+// The one frame in which the methods of COM objects run, all but the trivial accessors that set no error
+// information: it turns every failure (com/failure.h) into an HRESULT with error information for the calling
+// thread.
+//
+// The information names the interface and, as its source, the ProgID registered for the class. The
+// description is string messageId of the module when that is not 0; the module's string for the HRESULT when
+// that is one of the component's own codes (0x80044000 to 0x80047FFF); otherwise the text that came with the
+// failure, or the method's name. A string that the module lacks is "Unknown Error". Where no error object can
+// be had for want of memory, a failed step is E_OUTOFMEMORY; an exception of another kind keeps its HRESULT,
+// and the thread is left without error information.
 #pragma once
 
-#include <comdef.h>
+#include "com/failure.h"
 
-#include <new>
+#include <type_traits>
 #include <utility>
 
 namespace talx {
 
-// Installs error information for the calling thread and returns the HRESULT to return.
-//
-// The information names the interface ITalRenderEngine and, as its source, the ProgID registered for clsid.
-// The description is string resourceId of the module when that is not 0; the module's string for hr when hr
-// is one of the component's own codes (0x80044000 to 0x80047FFF); otherwise the given text. A string that the
-// module lacks is "Unknown Error". Throws _com_error(E_OUTOFMEMORY) when no error object can be had for want
-// of memory.
-HRESULT reportError(const CLSID& clsid, const wchar_t* description, HRESULT hr, UINT resourceId = 0);
+// Whose failures these are.
+struct ErrorSource {
+    const IID& interfaceId;
+    const CLSID& classId;
+};
 
-// One running method: its name and the class that it belongs to.
+// One running method.
 class MethodFrame {
 public:
-    MethodFrame(const CLSID& clsid, const wchar_t* methodName) : clsid_(clsid), name_(methodName) {}
+    MethodFrame(const ErrorSource& source, const wchar_t* methodName) : source_(source), name_(methodName) {}
 
-    // Reports a failure that the method detected itself.
-    [[nodiscard]] HRESULT fail(HRESULT hr, UINT resourceId = 0) const {
-        return reportError(clsid_, name_, hr, resourceId);
-    }
-
-    // Runs body (HRESULT(const MethodFrame&)) and turns what it throws into error information. Exceptions
-    // other than _com_error and std::bad_alloc pass.
+    // Runs body, whose result, if it has one, is the method's; it is returned without error information.
+    // Exceptions other than _com_error and std::bad_alloc pass.
     template <class Body>
     HRESULT run(Body&& body) const {
+        if (!readyThreadForExceptions()) {
+            return reportOutOfMemory();
+        }
         try {
-            return std::forward<Body>(body)(*this);
+            if constexpr (std::is_void_v<decltype(body())>) {
+                std::forward<Body>(body)();
+                return S_OK;
+            } else {
+                return std::forward<Body>(body)();
+            }
+        } catch (const StepFailure& failure) {
+            return report(failure);
         } catch (const _com_error& error) {
-            return reportComError(error);
+            return report(error);
         } catch (const std::bad_alloc&) {
             return reportOutOfMemory();
         }
     }
 
 private:
-    [[nodiscard]] HRESULT reportComError(const _com_error& error) const;
-    [[nodiscard]] HRESULT reportOutOfMemory() const;
+    [[nodiscard]] HRESULT report(const StepFailure& failure) const noexcept;
+    [[nodiscard]] HRESULT report(const _com_error& error) const noexcept;
+    [[nodiscard]] HRESULT reportOutOfMemory() const noexcept;
 
-    const CLSID& clsid_;
+    const ErrorSource source_;
     const wchar_t* name_;
 };
 

@@ -80,7 +80,8 @@ HRESULT ComModule::getClassObject(REFCLSID clsid, REFIID iid, void** result) {
             const CriticalSectionHold hold(factoryCreation_);
             if (!entry.factory.load()) {
                 void* factory;
-                const HRESULT hr = entry.createFactory(__uuidof(IUnknown), &factory, entry.createInstance);
+                const HRESULT hr =
+                    entry.createFactory(__uuidof(IUnknown), &factory, entry.createInstance, entry.clsid);
                 if (FAILED(hr)) {
                     return hr;
                 }

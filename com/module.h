@@ -14,7 +14,7 @@ struct ObjectEntry {
     UINT script;                   // id of its registry script, a resource of type "REGISTRY"
     const wchar_t* name;           // of its coclass, "TalThing": its description is then "TalThing Class"
     const wchar_t* threadingModel; // as registered
-    HRESULT (*createFactory)(REFIID iid, void** result, InstanceCreator create);
+    HRESULT (*createFactory)(REFIID iid, void** result, InstanceCreator create, const CLSID* clsid);
     InstanceCreator createInstance;
     void(WINAPI* objectMain)(bool starting);
     std::span<const ComCategoryEntry> categories;
@@ -24,15 +24,16 @@ struct ObjectEntry {
 
 template <class Class>
 constexpr ObjectEntry objectEntry(UINT script, const wchar_t* name) {
-    return {.clsid = &Class::GetObjectCLSID(),
-            .script = script,
-            .name = name,
-            .threadingModel = Class::ComThreadModel::registeredName,
-            .createFactory =
-                &CComCreator<CComObjectCached<CComClassFactory>>::CreateInstance<InstanceCreator>,
-            .createInstance = &createInstance<Class>,
-            .objectMain = &Class::ObjectMain,
-            .categories = Class::GetCategoryMap()};
+    return {
+        .clsid = &Class::GetObjectCLSID(),
+        .script = script,
+        .name = name,
+        .threadingModel = Class::ComThreadModel::registeredName,
+        .createFactory =
+            &CComCreator<CComObjectCached<CComClassFactory>>::CreateInstance<InstanceCreator, const CLSID*>,
+        .createInstance = &createInstance<Class>,
+        .objectMain = &Class::ObjectMain,
+        .categories = Class::GetCategoryMap()};
 }
 
 struct ModuleDefinition {
@@ -53,7 +54,8 @@ public:
     void attach(HINSTANCE instance, const ModuleDefinition& definition);
     void detach();
 
-    // E_POINTER without a result, CLASS_E_CLASSNOTAVAILABLE for a class that is not in the map.
+    // E_POINTER without a result, CLASS_E_CLASSNOTAVAILABLE for a class that is not in the map. Throws
+    // std::bad_alloc.
     HRESULT getClassObject(REFCLSID clsid, REFIID iid, void** result);
 
     void lock() noexcept { lockCount_.fetch_add(1); }

@@ -45,14 +45,29 @@ std::wstring quoted(std::wstring text) {
     return text;
 }
 
-// Runs the script of one class, in both directions.
-HRESULT updateRegistry(const ComModule& module, const ObjectEntry& entry, bool add) {
-    ComPtr<IRegistrar> registrar;
-    HRESULT hr = CoCreateInstance(clsidRegistrar, nullptr, CLSCTX_INPROC_SERVER, iidRegistrar,
-                                  reinterpret_cast<void**>(registrar.GetAddressOf()));
-    if (FAILED(hr)) {
-        return hr;
+// COM for the length of a scope, in whichever apartment the thread is or else in one of its own.
+class ComScope {
+public:
+    ComScope() : initialized_(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED)) {
+        check(initialized_ == RPC_E_CHANGED_MODE ? S_OK : initialized_);
     }
+    ~ComScope() {
+        if (SUCCEEDED(initialized_)) {
+            CoUninitialize();
+        }
+    }
+    ComScope(const ComScope&) = delete;
+    ComScope& operator=(const ComScope&) = delete;
+
+private:
+    const HRESULT initialized_;
+};
+
+// Runs the script of one class, in both directions.
+void updateRegistry(const ComModule& module, const ObjectEntry& entry, bool add) {
+    ComPtr<IRegistrar> registrar;
+    check(CoCreateInstance(clsidRegistrar, nullptr, CLSCTX_INPROC_SERVER, iidRegistrar,
+                           reinterpret_cast<void**>(registrar.GetAddressOf())));
     const std::wstring path = modulePath(module.instance());
     const bool perUser = perUserRegistration();
     const std::pair<const wchar_t*, std::wstring> replacements[] = {
@@ -67,68 +82,47 @@ HRESULT updateRegistry(const ComModule& module, const ObjectEntry& entry, bool a
         {L"THREADING_MODEL", entry.threadingModel},
     };
     for (const auto& [key, item] : replacements) {
-        hr = registrar->AddReplacement(key, item.c_str());
-        if (FAILED(hr)) {
-            return hr;
-        }
+        check(registrar->AddReplacement(key, item.c_str()));
     }
-    return add ? registrar->ResourceRegister(path.c_str(), entry.script, L"REGISTRY")
-               : registrar->ResourceUnregister(path.c_str(), entry.script, L"REGISTRY");
+    check(add ? registrar->ResourceRegister(path.c_str(), entry.script, L"REGISTRY")
+              : registrar->ResourceUnregister(path.c_str(), entry.script, L"REGISTRY"));
 }
 
-HRESULT updateCategories(const ObjectEntry& entry, bool add) {
+void updateCategories(const ObjectEntry& entry, bool add) {
     if (entry.categories.empty()) {
-        return S_OK;
+        return;
     }
     ComPtr<ICatRegister> categories;
-    HRESULT hr = CoCreateInstance(CLSID_StdComponentCategoriesMgr, nullptr, CLSCTX_INPROC_SERVER,
-                                  IID_PPV_ARGS(categories.GetAddressOf()));
+    check(CoCreateInstance(CLSID_StdComponentCategoriesMgr, nullptr, CLSCTX_INPROC_SERVER,
+                           IID_PPV_ARGS(categories.GetAddressOf())));
     for (const ComCategoryEntry& category : entry.categories) {
-        if (FAILED(hr)) {
-            break;
-        }
         const auto update = add ? (category.required ? &ICatRegister::RegisterClassReqCategories
                                                      : &ICatRegister::RegisterClassImplCategories)
                                 : (category.required ? &ICatRegister::UnRegisterClassReqCategories
                                                      : &ICatRegister::UnRegisterClassImplCategories);
         CATID id = category.category;
-        hr = (categories.Get()->*update)(*entry.clsid, 1, &id);
-    }
-    return hr;
-}
-
-// Runs the steps for every class and then for the type library, until one fails.
-template <class ClassSteps, class LibraryStep>
-HRESULT forAll(const ComModule& module, ClassSteps&& classSteps, LibraryStep&& libraryStep) {
-    try {
-        for (const ObjectEntry& entry : module.classes()) {
-            const HRESULT hr = classSteps(entry);
-            if (FAILED(hr)) {
-                return hr;
-            }
-        }
-        return libraryStep(module);
-    } catch (const std::bad_alloc&) {
-        return E_OUTOFMEMORY;
+        check((categories.Get()->*update)(*entry.clsid, 1, &id));
     }
 }
 
 } // namespace
 
 HRESULT registerServer(const ComModule& module) {
-    const auto classSteps = [&](const ObjectEntry& entry) {
-        const HRESULT hr = updateRegistry(module, entry, true);
-        return FAILED(hr) ? hr : updateCategories(entry, true);
-    };
-    return forAll(module, classSteps, registerTypeLibrary);
+    const ComScope com;
+    for (const ObjectEntry& entry : module.classes()) {
+        updateRegistry(module, entry, true);
+        updateCategories(entry, true);
+    }
+    return registerTypeLibrary(module);
 }
 
 HRESULT unregisterServer(const ComModule& module) {
-    const auto classSteps = [&](const ObjectEntry& entry) {
-        const HRESULT hr = updateCategories(entry, false);
-        return FAILED(hr) ? hr : updateRegistry(module, entry, false);
-    };
-    return forAll(module, classSteps, unregisterTypeLibrary);
+    const ComScope com;
+    for (const ObjectEntry& entry : module.classes()) {
+        updateCategories(entry, false);
+        updateRegistry(module, entry, false);
+    }
+    return unregisterTypeLibrary(module);
 }
 
 } // namespace talx

@@ -48,16 +48,14 @@ bool perUserRegistration() {
     return false;
 }
 
-HRESULT loadTypeLibrary(const ComModule& module, ITypeLib** library) {
-    return LoadTypeLibEx(typeLibraryPath(module).c_str(), REGKIND_NONE, library);
+ComPtr<ITypeLib> loadTypeLibrary(const ComModule& module) {
+    ComPtr<ITypeLib> library;
+    check(LoadTypeLibEx(typeLibraryPath(module).c_str(), REGKIND_NONE, library.GetAddressOf()));
+    return library;
 }
 
 HRESULT registerTypeLibrary(const ComModule& module) {
-    ComPtr<ITypeLib> library;
-    const HRESULT hr = loadTypeLibrary(module, library.GetAddressOf());
-    if (FAILED(hr)) {
-        return hr;
-    }
+    const ComPtr<ITypeLib> library = loadTypeLibrary(module);
     std::wstring path = typeLibraryPath(module);
     std::wstring helpFolder = modulePath(module.instance());
     helpFolder.resize(helpFolder.find_last_of(L"\\/:") + 1);
@@ -66,16 +64,9 @@ HRESULT registerTypeLibrary(const ComModule& module) {
 }
 
 HRESULT unregisterTypeLibrary(const ComModule& module) {
-    ComPtr<ITypeLib> library;
-    HRESULT hr = loadTypeLibrary(module, library.GetAddressOf());
-    if (FAILED(hr)) {
-        return hr;
-    }
-    TLIBATTR* attributes;
-    hr = library->GetLibAttr(&attributes);
-    if (FAILED(hr)) {
-        return hr;
-    }
+    const ComPtr<ITypeLib> library = loadTypeLibrary(module);
+    TLIBATTR* attributes = nullptr;
+    check(library->GetLibAttr(&attributes));
     const TLIBATTR id = *attributes;
     library->ReleaseTLibAttr(attributes);
     const auto unregisterLibrary = registrationFunction("UnRegisterTypeLibForUser", &UnRegisterTypeLib);

@@ -11,8 +11,10 @@ namespace talx {
 // already loaded into the process says so.
 [[nodiscard]] bool perUserRegistration();
 
-// Loads the module's own library, registered or not. Throws std::bad_alloc.
-HRESULT loadTypeLibrary(const ComModule& module, ITypeLib** library);
+// These throw what fails. Registering answers what the platform's function does.
+
+// Loads the module's own library, registered or not.
+[[nodiscard]] Microsoft::WRL::ComPtr<ITypeLib> loadTypeLibrary(const ComModule& module);
 
 HRESULT registerTypeLibrary(const ComModule& module);
 HRESULT unregisterTypeLibrary(const ComModule& module);

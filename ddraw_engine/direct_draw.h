@@ -1,10 +1,11 @@
 // DirectDraw as the engine uses it: the library loaded at first use, and the few steps that are taken on
-// surfaces in more than one place.
+// surfaces in more than one place. A step answers DirectDraw's own HRESULT: what it means is the caller's to
+// say.
 #pragma once
 
+#include "com/failure.h"
 #include "render/win_types.h"
 
-#include <comdef.h>
 #include <ddraw.h>
 #include <wrl/client.h>
 
@@ -44,11 +45,17 @@ template <class Structure>
     return result;
 }
 
+// Bytes of a pixel of a described surface; 15 bits are 2 bytes.
+[[nodiscard]] inline int bytesPerPixel(const DDSURFACEDESC& description) {
+    return static_cast<int>((description.ddpfPixelFormat.dwRGBBitCount + 1) / 8);
+}
+
 // Makes a surface as described. A success without a surface counts as E_POINTER.
 HRESULT createSurface(IDirectDraw* directDraw, DDSURFACEDESC& description,
                       Microsoft::WRL::ComPtr<IDirectDrawSurface>& surface);
 
-// Makes a surface in the screen's pixel format. The size is handed on as it comes.
+// Makes a surface in the screen's pixel format. The size is handed on as it comes; DDERR_OUTOFMEMORY for a
+// surface that comes out smaller.
 HRESULT createSurface(IDirectDraw* directDraw, DWORD caps, long width, long height,
                       Microsoft::WRL::ComPtr<IDirectDrawSurface>& surface);
 

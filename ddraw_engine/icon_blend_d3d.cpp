@@ -76,12 +76,6 @@ D3DTLVERTEX corner(long x, long y, float u, float v) {
     return vertex;
 }
 
-void check(HRESULT hr) {
-    if (FAILED(hr)) {
-        throw _com_error(hr);
-    }
-}
-
 // What never changes on a device: texels are copied one to one and blended by their alpha.
 void setRenderStates(IDirect3DDevice2* device) {
     constexpr struct {
@@ -112,32 +106,32 @@ void setRenderStates(IDirect3DDevice2* device) {
 
 } // namespace
 
-HRESULT IconBlenderD3d::blend(const BlendTarget& target, const IconBlendJob& job) {
-    if (!target.direct3d || !target.layer) {
-        return E_FAIL;
+bool IconBlenderD3d::blend(const BlendTarget& target, const IconBlendJob& job) {
+    if (!target.direct3d || !target.surface || deviceFailed_) {
+        return false;
     }
     try {
-        restoreIfLost(target.layer);
+        restoreIfLost(target.surface);
         if (!device_) {
+            deviceFailed_ = true; // unless it comes out well
             createDevice(target);
+            deviceFailed_ = false;
         }
         if (!(intersect(job.target, viewRect_) == job.target)) {
-            return E_FAIL;
+            return false;
         }
         fillTexture(target.directDraw, job);
-        saveLayer(target, job.target);
+        saveBuffer(target, job.target);
         check(device_->BeginScene());
-    } catch (const _com_error& error) {
-        return error.Error();
+    } catch (const _com_error&) {
+        return false;
     }
-    // From here on some of the icon may be drawn although a step fails.
-    const HRESULT drawn = draw(job.target);
-    const HRESULT ended = device_->EndScene();
-    if (FAILED(drawn) || FAILED(ended)) {
-        copySurface(target.layer, toRECT(job.target), saved_.surface.Get(),
-                    {0, 0, static_cast<LONG>(job.target.width()), static_cast<LONG>(job.target.height())});
+    if (draw(job.target)) {
+        return true;
     }
-    return FAILED(drawn) ? drawn : ended;
+    copySurface(target.surface, toRECT(job.target), saved_.surface.Get(),
+                toRECT({0, 0, job.target.extent().width, job.target.extent().height}));
+    return false;
 }
 
 void IconBlenderD3d::release() {
@@ -145,12 +139,14 @@ void IconBlenderD3d::release() {
     texture_ = {};
     viewport_.Reset();
     device_.Reset();
+    deviceFailed_ = false;
 }
 
 void IconBlenderD3d::createDevice(const BlendTarget& target) {
-    auto layer = sizedStructure<DDSURFACEDESC>();
-    check(target.layer->GetSurfaceDesc(&layer));
-    viewRect_ = {0, 0, static_cast<std::int32_t>(layer.dwWidth), static_cast<std::int32_t>(layer.dwHeight)};
+    auto description = sizedStructure<DDSURFACEDESC>();
+    check(target.surface->GetSurfaceDesc(&description));
+    viewRect_ = {0, 0, static_cast<std::int32_t>(description.dwWidth),
+                 static_cast<std::int32_t>(description.dwHeight)};
     // Drawing by the processor reads textures in system memory only, a display adapter those in its own.
     try {
         useDevice(target, IID_IDirect3DHALDevice);
@@ -168,7 +164,7 @@ void IconBlenderD3d::createDevice(const BlendTarget& target) {
 
 void IconBlenderD3d::useDevice(const BlendTarget& target, const GUID& deviceClass) {
     ComPtr<IDirect3DDevice2> device;
-    check(target.direct3d->CreateDevice(deviceClass, target.layer, &device));
+    check(target.direct3d->CreateDevice(deviceClass, target.surface, &device));
     setRenderStates(required(device));
     ComPtr<IDirect3DViewport2> viewport;
     check(target.direct3d->CreateViewport(&viewport, nullptr));
@@ -189,22 +185,21 @@ void IconBlenderD3d::useDevice(const BlendTarget& target, const GUID& deviceClas
 }
 
 void IconBlenderD3d::fillTexture(IDirectDraw* directDraw, const IconBlendJob& job) {
-    const Extent icon{static_cast<std::int32_t>(job.target.width()),
-                      static_cast<std::int32_t>(job.target.height())};
-    if (!texture_.covers(icon.width, icon.height)) {
+    const Extent icon = job.target.extent();
+    if (!texture_.covers(icon)) {
         const auto longest =
             static_cast<std::uint32_t>(std::max({icon.width, icon.height, smallestTextureSide}));
         const auto side = static_cast<std::int32_t>(std::bit_ceil(longest));
         check(side <= maxTextureSide_ ? S_OK : E_FAIL);
-        texture_ = {};
-        check(createTexture(directDraw, textureMemory_, side, texture_.surface));
-        texture_.width = texture_.height = side;
+        ReusedSurface larger{nullptr, {side, side}};
+        check(createTexture(directDraw, textureMemory_, side, larger.surface));
+        texture_ = larger;
     }
     {
         const SurfaceLock lock(texture_.surface.Get());
         check(lock.result());
-        const bool suits = lock.bytesPerPixel() == sizeof(std::uint32_t) && lock.width() >= icon.width &&
-                           lock.height() >= icon.height;
+        const bool suits = lock.bytesPerPixel() == sizeof(std::uint32_t) &&
+                           lock.extent().width >= icon.width && lock.extent().height >= icon.height;
         check(suits ? S_OK : E_FAIL);
         convertGrey8(PixelRows{lock.bits(), lock.pitch()}, job.icon, icon, texels(job.tables).data());
     }
@@ -215,26 +210,30 @@ void IconBlenderD3d::fillTexture(IDirectDraw* directDraw, const IconBlendJob& jo
     check(device_->SetRenderState(D3DRENDERSTATE_TEXTUREHANDLE, handle));
 }
 
-void IconBlenderD3d::saveLayer(const BlendTarget& target, const Rect& rect) {
-    const auto width = static_cast<std::int32_t>(rect.width());
-    const auto height = static_cast<std::int32_t>(rect.height());
-    if (!saved_.covers(width, height)) {
-        ReusedSurface larger{nullptr, std::max(width, saved_.width), std::max(height, saved_.height)};
-        check(createSurface(target.directDraw, DDSCAPS_OFFSCREENPLAIN, larger.width, larger.height,
-                            larger.surface));
+void IconBlenderD3d::saveBuffer(const BlendTarget& target, const Rect& rect) {
+    const Extent wanted = rect.extent();
+    if (!saved_.covers(wanted)) {
+        ReusedSurface larger{
+            nullptr,
+            {std::max(wanted.width, saved_.extent.width), std::max(wanted.height, saved_.extent.height)}};
+        check(createSurface(target.directDraw, DDSCAPS_OFFSCREENPLAIN, larger.extent.width,
+                            larger.extent.height, larger.surface));
         saved_ = larger;
     }
     restoreIfLost(saved_.surface.Get());
-    check(copySurface(saved_.surface.Get(), {0, 0, width, height}, target.layer, toRECT(rect)));
+    check(copySurface(saved_.surface.Get(), toRECT({0, 0, wanted.width, wanted.height}), target.surface,
+                      toRECT(rect)));
 }
 
-HRESULT IconBlenderD3d::draw(const Rect& rect) {
-    const float u = static_cast<float>(rect.width()) / static_cast<float>(texture_.width);
-    const float v = static_cast<float>(rect.height()) / static_cast<float>(texture_.height);
+bool IconBlenderD3d::draw(const Rect& rect) {
+    const float u = static_cast<float>(rect.width()) / static_cast<float>(texture_.extent.width);
+    const float v = static_cast<float>(rect.height()) / static_cast<float>(texture_.extent.height);
     D3DTLVERTEX corners[] = {corner(rect.left, rect.top, 0, 0), corner(rect.right, rect.top, u, 0),
                              corner(rect.left, rect.bottom, 0, v), corner(rect.right, rect.bottom, u, v)};
-    return device_->DrawPrimitive(D3DPT_TRIANGLESTRIP, D3DVT_TLVERTEX, corners, 4,
-                                  D3DDP_WAIT | D3DDP_DONOTCLIP);
+    const HRESULT drawn =
+        device_->DrawPrimitive(D3DPT_TRIANGLESTRIP, D3DVT_TLVERTEX, corners, 4, D3DDP_WAIT | D3DDP_DONOTCLIP);
+    const HRESULT ended = device_->EndScene();
+    return SUCCEEDED(drawn) && SUCCEEDED(ended);
 }
 
 } // namespace talx

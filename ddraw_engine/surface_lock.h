@@ -23,9 +23,9 @@ public:
         if (SUCCEEDED(result_)) {
             bits_ = static_cast<std::uint8_t*>(description.lpSurface);
             pitch_ = description.lPitch;
-            width_ = static_cast<std::int32_t>(description.dwWidth);
-            height_ = static_cast<std::int32_t>(description.dwHeight);
-            bytesPerPixel_ = static_cast<int>((description.ddpfPixelFormat.dwRGBBitCount + 1) / 8);
+            extent_ = {static_cast<std::int32_t>(description.dwWidth),
+                       static_cast<std::int32_t>(description.dwHeight)};
+            bytesPerPixel_ = talx::bytesPerPixel(description);
         }
     }
     // Also after a lock that failed.
@@ -37,8 +37,7 @@ public:
     [[nodiscard]] HRESULT result() const { return result_; }
     [[nodiscard]] std::uint8_t* bits() const { return bits_; }  // top left pixel
     [[nodiscard]] std::int32_t pitch() const { return pitch_; } // bytes from row to row
-    [[nodiscard]] std::int32_t width() const { return width_; }
-    [[nodiscard]] std::int32_t height() const { return height_; }
+    [[nodiscard]] Extent extent() const { return extent_; }
     [[nodiscard]] int bytesPerPixel() const { return bytesPerPixel_; }
 
 private:
@@ -46,8 +45,7 @@ private:
     HRESULT result_ = E_FAIL;
     std::uint8_t* bits_ = nullptr;
     std::int32_t pitch_ = 0;
-    std::int32_t width_ = 0;
-    std::int32_t height_ = 0;
+    Extent extent_;
     int bytesPerPixel_ = 0;
 };
 

@@ -11,17 +11,6 @@ namespace {
 // Set once, as the module is loaded.
 bool forceSoftwareBlend = false;
 
-struct FailedStep {
-    HRESULT hr;
-    UINT messageId;
-};
-
-void step(HRESULT hr, UINT messageId) {
-    if (FAILED(hr)) {
-        throw FailedStep{hr, messageId};
-    }
-}
-
 } // namespace
 
 std::span<const ComInterfaceEntry> CTalRenderEngine::interfaceMap() {
@@ -52,58 +41,52 @@ HRESULT CTalRenderEngine::FinalConstruct() {
 }
 
 STDMETHODIMP CTalRenderEngine::Initialize(__int64 Hwnd, long Width, long Height) {
-    return method(L"Initialize", [&](const MethodFrame& frame) {
+    return method(L"Initialize", [&] {
         if (state_.initialized) {
-            return S_OK;
+            return;
         }
         const auto window = toHandle<HWND>(Hwnd);
-        try {
-            step(directDraw_ ? S_OK : library_.create(directDraw_), IDS_NO_DIRECTDRAW);
-            askForDirect3D();
-            releaseSurfaces();
-            step(required(directDraw_)->SetCooperativeLevel(window, DDSCL_NORMAL), IDS_NO_COOPERATIVE_LEVEL);
-            step(createPrimary(), IDS_NO_PRIMARY_SURFACE);
-            step(readScreenFormat(), IDS_NO_PIXEL_FORMAT);
-            step(directDraw_->CreateClipper(0, &clipper_, nullptr), IDS_NO_CLIPPER);
-            step(required(clipper_)->SetHWnd(0, window), IDS_CLIPPER_HWND_FAILED);
-            step(createComposition(Width, Height), IDS_NO_OFFSCREEN_SURFACE);
-            step(primary_->SetClipper(clipper_.Get()), IDS_SET_CLIPPER_FAILED);
-            step(setUpPalette(window), IDS_SET_PALETTE_FAILED);
-        } catch (const FailedStep& failed) {
-            return frame.fail(failed.hr, failed.messageId);
-        }
+        check(directDraw_ ? S_OK : library_.create(directDraw_), IDS_NO_DIRECTDRAW);
+        askForDirect3D();
+        releaseSurfaces();
+        check(required(directDraw_)->SetCooperativeLevel(window, DDSCL_NORMAL), IDS_NO_COOPERATIVE_LEVEL);
+        check(createPrimary(), IDS_NO_PRIMARY_SURFACE);
+        check(readScreenFormat(), IDS_NO_PIXEL_FORMAT);
+        check(directDraw_->CreateClipper(0, &clipper_, nullptr), IDS_NO_CLIPPER);
+        check(required(clipper_)->SetHWnd(0, window), IDS_CLIPPER_HWND_FAILED);
+        check(createComposition(Width, Height), IDS_NO_OFFSCREEN_SURFACE);
+        check(primary_->SetClipper(clipper_.Get()), IDS_SET_CLIPPER_FAILED);
+        check(setUpPalette(window), IDS_SET_PALETTE_FAILED);
         fillSurface(composition_.Get(), {0, 0, Width, Height}, 0xFFFFFFFF);
         state_.width = Width;
         state_.height = Height;
         window_ = window;
         state_.initialized = true;
-        return S_OK;
     });
 }
 
 STDMETHODIMP CTalRenderEngine::SetExtent(long Width, long Height) {
-    return initializedMethod(L"SetExtent", [&](const MethodFrame&) {
+    return initializedMethod(L"SetExtent", [&] {
         if (Width == state_.width && Height == state_.height) {
-            return S_OK;
+            return;
         }
         composition_.Reset();
         iconBlender_.release();
         state_.width = Width;
         state_.height = Height;
-        // Owners count on success here; drawing tells them of the missing surface.
+        // Owners count on success here; Fill, the draw context and RefreshScreen tell them of the missing
+        // surface.
         if (SUCCEEDED(createComposition(Width, Height))) {
             fillSurface(composition_.Get(), {0, 0, Width, Height}, 0x00FFFFFF);
         }
-        return S_OK;
     });
 }
 
 STDMETHODIMP CTalRenderEngine::PaletteChange() {
-    return method(L"PaletteChange", [&](const MethodFrame&) {
+    return method(L"PaletteChange", [&] {
         const PaletteEntries entries = systemPaletteEntries(WindowDc(window_).get());
         SetPaletteEntries(gdiPalette_.get(), 0, static_cast<UINT>(entries.size()), entries.data());
         updateColorLookup();
-        return S_OK;
     });
 }
 
@@ -135,16 +118,16 @@ HRESULT CTalRenderEngine::readScreenFormat() {
     }
     switch (format.dwRGBBitCount) {
     case 8:
-        screenFormat_ = LayerFormat::Pal8;
+        screenFormat_ = PixelFormat::Pal8;
         break;
     case 16:
-        screenFormat_ = format.dwRBitMask == 0xF800 ? LayerFormat::Rgb16 : LayerFormat::Rgb15;
+        screenFormat_ = format.dwRBitMask == 0xF800 ? PixelFormat::Rgb16 : PixelFormat::Rgb15;
         break;
     case 24:
-        screenFormat_ = LayerFormat::Rgb24;
+        screenFormat_ = PixelFormat::Rgb24;
         break;
     case 32:
-        screenFormat_ = LayerFormat::Rgb32;
+        screenFormat_ = PixelFormat::Rgb32;
         break;
     default:
         break;
@@ -158,7 +141,7 @@ HRESULT CTalRenderEngine::createComposition(long width, long height) {
 }
 
 HRESULT CTalRenderEngine::setUpPalette(HWND window) {
-    if (screenFormat_ != LayerFormat::Pal8) {
+    if (screenFormat_ != PixelFormat::Pal8) {
         return S_OK;
     }
     PaletteEntries entries;

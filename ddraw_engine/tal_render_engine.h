@@ -42,12 +42,12 @@ private:
     // RenderEngineBase
     EngineState& state() override { return state_; }
 
-    // LayerSurface
-    bool hasBuffer() const override { return composition_ != nullptr; }
-    LayerFormat format() const override { return screenFormat_; }
-    HRESULT withBits(const std::function<HRESULT(const LayerBits&)>& draw) override;
+    // CompositionBuffer
+    bool exists() const override { return composition_ != nullptr; }
+    PixelFormat format() const override { return screenFormat_; }
+    void withBits(FunctionRef<void(const BufferBits&)> draw) override;
     HPALETTE palette() const override { return gdiPalette_.get(); }
-    HRESULT blendIconInHardware(const IconBlendJob& job) override;
+    bool blendIconInHardware(const IconBlendJob& job) override;
 
     // The steps of Initialize.
     void askForDirect3D();
@@ -72,7 +72,7 @@ private:
     Microsoft::WRL::ComPtr<IDirectDrawClipper> clipper_;
     Microsoft::WRL::ComPtr<IDirectDrawPalette> directDrawPalette_; // 8-bit screens only
     EngineState state_;
-    LayerFormat screenFormat_ = LayerFormat::Unspecified;
+    PixelFormat screenFormat_ = PixelFormat::Unspecified;
     UniquePalette gdiPalette_; // 8-bit screens only
 };
 

@@ -16,24 +16,24 @@ namespace {
 constexpr DWORD redMask565 = 0xF800;
 constexpr DWORD colorSpaceSrgb = 0x73524742; // LCS_sRGB, spelled 'sRGB' by the platform
 
-LayerFormat formatOf(WORD bitCount, DWORD compression, DWORD redMask) {
+PixelFormat formatOf(WORD bitCount, DWORD compression, DWORD redMask) {
     switch (bitCount) {
     case 8:
-        return LayerFormat::Pal8;
+        return PixelFormat::Pal8;
     case 16:
-        return compression == BI_BITFIELDS && redMask == redMask565 ? LayerFormat::Rgb16 : LayerFormat::Rgb15;
+        return compression == BI_BITFIELDS && redMask == redMask565 ? PixelFormat::Rgb16 : PixelFormat::Rgb15;
     case 24:
-        return LayerFormat::Rgb24;
+        return PixelFormat::Rgb24;
     case 32:
-        return LayerFormat::Rgb32;
+        return PixelFormat::Rgb32;
     default:
-        return LayerFormat::Unspecified;
+        return PixelFormat::Unspecified;
     }
 }
 
 } // namespace
 
-LayerFormat screenFormat() {
+PixelFormat screenFormat() {
     const WindowDc screen(nullptr);
     const UniqueBitmap probe(CreateCompatibleBitmap(screen.get(), 1, 1));
     struct {
@@ -49,15 +49,16 @@ LayerFormat screenFormat() {
     return formatOf(info.header.biBitCount, info.header.biCompression, info.masksOrColors[0]);
 }
 
-std::optional<LayerBits> dibBits(HBITMAP bitmap) {
+std::optional<BufferBits> dibBits(HBITMAP bitmap) {
     DIBSECTION section{};
     if (GetObjectW(bitmap, sizeof section, &section) != sizeof section || !section.dsBm.bmBits) {
         return std::nullopt;
     }
     const BITMAP& bm = section.dsBm;
-    return LayerBits{static_cast<std::uint8_t*>(bm.bmBits), (bm.bmWidthBytes + 3) & ~3, bm.bmWidth,
-                     bm.bmHeight,
-                     formatOf(bm.bmBitsPixel, section.dsBmih.biCompression, section.dsBitfields[0])};
+    return BufferBits{static_cast<std::uint8_t*>(bm.bmBits),
+                      (bm.bmWidthBytes + 3) & ~3,
+                      {bm.bmWidth, bm.bmHeight},
+                      formatOf(bm.bmBitsPixel, section.dsBmih.biCompression, section.dsBitfields[0])};
 }
 
 DibRecord::DibRecord() {
@@ -67,7 +68,7 @@ DibRecord::DibRecord() {
     info_.header.bV4CSType = colorSpaceSrgb;
 }
 
-void DibRecord::setFormat(LayerFormat format) {
+void DibRecord::setFormat(PixelFormat format) {
     BITMAPV4HEADER& header = info_.header;
     const auto set = [&header](WORD bitCount, DWORD compression, DWORD red, DWORD green, DWORD blue) {
         header.bV4BitCount = bitCount;
@@ -77,26 +78,26 @@ void DibRecord::setFormat(LayerFormat format) {
         header.bV4BlueMask = blue;
         header.bV4ClrUsed = 0;
     };
+    set(0, BI_RGB, 0, 0, 0); // of Unspecified, and of numbers that are no format
     switch (format) {
-    case LayerFormat::Pal8:
+    case PixelFormat::Pal8:
         set(8, BI_RGB, 0, 0, 0);
         header.bV4ClrUsed = 256;
         std::fill(std::begin(info_.colors), std::end(info_.colors), RGBQUAD{});
         break;
-    case LayerFormat::Rgb15:
+    case PixelFormat::Rgb15:
         set(16, BI_BITFIELDS, 0x7C00, 0x03E0, 0x001F);
         break;
-    case LayerFormat::Rgb16:
+    case PixelFormat::Rgb16:
         set(16, BI_BITFIELDS, redMask565, 0x07E0, 0x001F);
         break;
-    case LayerFormat::Rgb24:
+    case PixelFormat::Rgb24:
         set(24, BI_RGB, 0, 0, 0);
         break;
-    case LayerFormat::Rgb32:
+    case PixelFormat::Rgb32:
         set(32, BI_BITFIELDS, 0xFF0000, 0x00FF00, 0x0000FF);
         break;
-    default:
-        set(0, BI_RGB, 0, 0, 0);
+    case PixelFormat::Unspecified:
         break;
     }
 }
@@ -107,7 +108,7 @@ void DibRecord::setSize(long width, long height) {
     info_.header.bV4Height = static_cast<LONG>(0u - static_cast<std::uint32_t>(height));
 }
 
-LayerFormat DibRecord::format() const {
+PixelFormat DibRecord::headerFormat() const {
     return formatOf(info_.header.bV4BitCount, info_.header.bV4V4Compression, info_.header.bV4RedMask);
 }
 
@@ -122,11 +123,18 @@ bool DibRecord::hasValidSize() const {
     return width > 0 && height > 0 && stride > 0 && rowBits <= most && height <= most / stride;
 }
 
-HBITMAP DibRecord::createSection() const {
+UniqueBitmap DibRecord::createSection() const {
     const WindowDc screen(nullptr);
-    void* bits = nullptr;
-    return CreateDIBSection(screen.get(), reinterpret_cast<const BITMAPINFO*>(&info_), DIB_RGB_COLORS, &bits,
-                            nullptr, 0);
+    void* memory = nullptr;
+    UniqueBitmap bitmap(CreateDIBSection(screen.get(), reinterpret_cast<const BITMAPINFO*>(&info_),
+                                         DIB_RGB_COLORS, &memory, nullptr, 0));
+    // What counts is what the bitmap says of itself.
+    const std::optional<BufferBits> bits = dibBits(bitmap.get());
+    const std::int64_t width = info_.header.bV4Width;
+    const bool holds = bits && bits->extent.width >= width &&
+                       bits->extent.height >= std::abs(std::int64_t{info_.header.bV4Height}) &&
+                       bits->stride >= width * bytesPerPixel(bits->format);
+    return holds ? std::move(bitmap) : nullptr;
 }
 
 bool DibRecord::create(HPALETTE palette) {
@@ -139,10 +147,10 @@ bool DibRecord::create(HPALETTE palette) {
     if (!hasValidSize()) {
         return false;
     }
-    bitmap_.reset(createSection());
+    bitmap_ = createSection();
     if (!bitmap_) {
         const DWORD wanted = std::exchange(info_.header.bV4V4Compression, BI_RGB);
-        bitmap_.reset(createSection());
+        bitmap_ = createSection();
         if (!bitmap_) {
             info_.header.bV4V4Compression = wanted; // the format is the next bitmap's too
         }

@@ -10,10 +10,10 @@
 namespace talx {
 
 // The format of the screen; Unspecified for one that the engine cannot write.
-[[nodiscard]] LayerFormat screenFormat();
+[[nodiscard]] PixelFormat screenFormat();
 
 // The pixels of a DIB section; nothing for any other bitmap.
-[[nodiscard]] std::optional<LayerBits> dibBits(HBITMAP bitmap);
+[[nodiscard]] std::optional<BufferBits> dibBits(HBITMAP bitmap);
 
 class DibRecord {
 public:
@@ -21,15 +21,16 @@ public:
 
     // Describes pixels of a format; a value that is none of the known formats leaves the header without a
     // bit count.
-    void setFormat(LayerFormat format);
+    void setFormat(PixelFormat format);
     // Size in pixels; rows are stored top down.
     void setSize(long width, long height);
 
-    // The format that the header describes.
-    [[nodiscard]] LayerFormat format() const;
+    // The format that the header describes: the screen's, which the next bitmap is asked for in, or the one
+    // that the bitmap could be made in instead.
+    [[nodiscard]] PixelFormat headerFormat() const;
 
     // Makes the bitmap; an 8-bit one takes its colours from the palette if there is one. False when it cannot
-    // be made, or when there is one already.
+    // be made as large as the header says, or when there is one already.
     bool create(HPALETTE palette);
     // Deletes the bitmap, which must not be selected anywhere.
     void destroy() { bitmap_.reset(); }
@@ -49,7 +50,8 @@ private:
     };
 
     [[nodiscard]] bool hasValidSize() const;
-    [[nodiscard]] HBITMAP createSection() const;
+    // Null when it cannot be made.
+    [[nodiscard]] UniqueBitmap createSection() const;
 
     Info info_{};
     UniqueBitmap bitmap_;

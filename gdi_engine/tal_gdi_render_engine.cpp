@@ -2,10 +2,10 @@
 
 #include "gdi_engine/tal_gdi_render_engine.h"
 
+#include "render/ole_color.h"
 #include "render/system_palette.h"
 #include "render/win_types.h"
 
-#include <olectl.h>
 #include <wrl/client.h>
 
 namespace talx {
@@ -41,218 +41,189 @@ std::span<const ComInterfaceEntry> CTalGDIRenderEngine::interfaceMap() {
 }
 
 STDMETHODIMP CTalGDIRenderEngine::Initialize(__int64 Hwnd, long Width, long Height) {
-    return method(L"Initialize", [&](const MethodFrame& frame) {
+    return method(L"Initialize", [&] {
         if (state_.initialized) {
-            return S_OK;
+            return;
         }
         const HWND window = toHandle<HWND>(Hwnd);
         const WindowDc windowDc(window);
         // What an earlier, failed call left must go before the device context that it is selected into.
-        palette_ = {};
+        palette_.drop();
         memoryDc_.reset(windowDc.get() ? CreateCompatibleDC(windowDc.get()) : nullptr);
-        if (!memoryDc_) {
-            return frame.fail(E_TAL_NO_COMPATIBLE_DC);
-        }
+        check(memoryDc_ ? S_OK : E_TAL_NO_COMPATIBLE_DC);
         dib_.setFormat(screenFormat());
-        if (dib_.format() == LayerFormat::Pal8) {
-            makePalette(windowDc.get());
+        if (dib_.headerFormat() == PixelFormat::Pal8) {
+            // It succeeds whatever GDI answers; the message is there for a palette step that can fail.
+            check(makePalette(windowDc.get()), IDS_SET_PALETTE_FAILED);
         }
-        if (!makeComposition(Width, Height)) {
-            return frame.fail(E_TAL_NO_DIB_SECTION);
-        }
+        makeComposition(Width, Height);
         window_ = window;
         state_.initialized = true;
-        return S_OK;
     });
 }
 
 STDMETHODIMP CTalGDIRenderEngine::SetExtent(long Width, long Height) {
-    return initializedMethod(L"SetExtent", [&](const MethodFrame& frame) {
+    return initializedMethod(L"SetExtent", [&] {
         if (Width == state_.width && Height == state_.height) {
-            return S_OK;
+            return;
         }
         state_.width = 0;
         state_.height = 0;
-        composition_ = {};
+        composition_.deselect();
         dib_.destroy();
-        if (!makeComposition(Width, Height)) {
-            return frame.fail(E_TAL_NO_DIB_SECTION);
-        }
+        makeComposition(Width, Height);
         const RECT all{0, 0, Width, Height};
         FillRect(memoryDc_.get(), &all, static_cast<HBRUSH>(GetStockObject(GRAY_BRUSH)));
-        return S_OK;
     });
 }
 
-bool CTalGDIRenderEngine::makeComposition(long width, long height) {
+void CTalGDIRenderEngine::makeComposition(long width, long height) {
     dib_.setSize(width, height);
-    if (!dib_.create(palette())) {
-        return false;
-    }
+    check(dib_.create(palette()) ? S_OK : E_TAL_NO_DIB_SECTION);
     composition_ = SelectedBitmap(memoryDc_.get(), dib_.bitmap());
     state_.width = width;
     state_.height = height;
-    return true;
 }
 
 STDMETHODIMP CTalGDIRenderEngine::Fill(long, long Ulx, long Uly, long Lrx, long Lry, OLE_COLOR Clr) {
-    return initializedMethod(L"Fill", [&](const MethodFrame& frame) {
+    return initializedMethod(L"Fill", [&] {
         const Rect clipped = state_.clip(Ulx, Uly, Lrx, Lry);
         if (clipped.empty()) {
-            return S_OK;
+            return;
         }
-        COLORREF color = 0;
-        if (FAILED(OleTranslateColor(Clr, nullptr, &color))) {
-            return frame.fail(E_INVALIDARG, IDS_NO_COLOR);
-        }
-        const UniqueBrush brush(CreateSolidBrush(color));
+        const UniqueBrush brush(CreateSolidBrush(translateColor(Clr)));
         const RECT rect = toRECT(clipped);
         FillRect(memoryDc_.get(), &rect, brush.get());
-        return S_OK;
     });
 }
 
 STDMETHODIMP CTalGDIRenderEngine::GetDrawContext(long, __int64* phdc) {
-    return initializedMethod(L"GetDrawContext", [&](const MethodFrame& frame) {
-        if (!phdc) {
-            return frame.fail(E_POINTER);
-        }
+    return initializedMethod(L"GetDrawContext", [&] {
+        check(phdc ? S_OK : E_POINTER);
         SelectClipRgn(memoryDc_.get(), nullptr);
         *phdc = fromHandle(memoryDc_.get());
-        return S_OK;
     });
 }
 
 STDMETHODIMP CTalGDIRenderEngine::ReleaseDrawContext(long, __int64) {
-    return initializedMethod(L"ReleaseDrawContext", [&](const MethodFrame&) {
-        SelectClipRgn(memoryDc_.get(), nullptr);
-        return S_OK;
-    });
+    return initializedMethod(L"ReleaseDrawContext", [&] { SelectClipRgn(memoryDc_.get(), nullptr); });
 }
 
 STDMETHODIMP CTalGDIRenderEngine::RefreshScreen(long, long, long Ulx, long Uly, long Lrx, long Lry) {
-    return initializedMethod(L"RefreshScreen", [&](const MethodFrame&) {
+    return initializedMethod(L"RefreshScreen", [&] {
         const Rect clipped = state_.clip(Ulx, Uly, Lrx, Lry);
         if (clipped.empty()) {
-            return S_OK;
+            return;
         }
         std::optional<WindowDc> windowDc;
         HDC destination = target_.dc();
         if (!destination) {
             destination = windowDc.emplace(window_).get();
         }
-        std::optional<ScopedPalette> selected;
-        if (dib_.format() == LayerFormat::Pal8) {
-            selected.emplace(destination, palette());
+        std::optional<SelectedPalette> selected;
+        if (dib_.headerFormat() == PixelFormat::Pal8) {
+            selected.emplace(destination, palette()).realize();
         }
         // The source position is the caller's corner, not the clipped one: owners rely on it.
         BitBlt(destination, clipped.left, clipped.top, clipped.right - clipped.left,
                clipped.bottom - clipped.top, memoryDc_.get(), Ulx, Uly, SRCCOPY);
-        return S_OK;
     });
 }
 
 STDMETHODIMP CTalGDIRenderEngine::PaletteChange() {
-    return method(L"PaletteChange", [&](const MethodFrame&) {
+    return method(L"PaletteChange", [&] {
         if (!palette()) {
-            return S_OK; // the screen has no palette to follow
+            return; // the screen has no palette to follow
         }
         const PaletteEntries entries = systemPaletteEntries(WindowDc(nullptr).get());
         SetPaletteEntries(palette(), 0, static_cast<UINT>(entries.size()), entries.data());
         dib_.loadColors(palette());
         SetDIBColorTable(memoryDc_.get(), 0, 256, dib_.colors());
         UnrealizeObject(palette());
-        RealizePalette(memoryDc_.get());
+        palette_.realize();
         updateColorLookup();
-        return S_OK;
     });
 }
 
-void CTalGDIRenderEngine::makePalette(HDC windowDc) {
-    palette_ = SelectedPalette(memoryDc_.get(), createPalette(systemPaletteEntries(windowDc)));
+HRESULT CTalGDIRenderEngine::makePalette(HDC windowDc) {
+    palette_.select(memoryDc_.get(), createPalette(systemPaletteEntries(windowDc)));
     updateColorLookup();
+    palette_.realize();
+    return S_OK;
 }
 
 STDMETHODIMP CTalGDIRenderEngine::SetRenderTargetFromHDC(__int64 Hdc) {
-    return initializedMethod(L"SetRenderTargetFromHDC", [&](const MethodFrame&) {
-        target_.setDc(toHandle<HDC>(Hdc));
-        return S_OK;
-    });
+    return initializedMethod(L"SetRenderTargetFromHDC", [&] { target_.setDc(toHandle<HDC>(Hdc)); });
 }
 
 STDMETHODIMP CTalGDIRenderEngine::SetRenderTargetFromDIB(IPictureDisp* Picture) {
-    return initializedMethod(L"SetRenderTargetFromDIB", [&](const MethodFrame& frame) {
+    return initializedMethod(L"SetRenderTargetFromDIB", [&] {
         if (!Picture) {
             target_.setWindow();
-            return S_OK;
+            return;
         }
         const ComPtr<IPictureDisp> held(Picture);
-        return target_.setBitmap(bitmapOf(Picture)) ? S_OK : frame.fail(E_TAL_NO_COMPATIBLE_DC);
+        check(target_.setBitmap(bitmapOf(Picture)) ? S_OK : E_TAL_NO_COMPATIBLE_DC);
     });
 }
 
 STDMETHODIMP CTalGDIRenderEngine::CreateDIBRenderTarget(TalRenderTargetFormatConstants Format,
                                                         IPictureDisp** pDIB) {
-    return initializedMethod(L"CreateDIBRenderTarget", [&](const MethodFrame& frame) {
+    return initializedMethod(L"CreateDIBRenderTarget", [&] {
         if (!pDIB) {
-            return E_POINTER;
+            return E_POINTER; // without error information
         }
         *pDIB = nullptr;
         DibRecord dib;
-        dib.setFormat(Format == talRenderTargetFormatUnspecified ? dib_.format()
-                                                                 : static_cast<LayerFormat>(Format));
+        dib.setFormat(Format == talRenderTargetFormatUnspecified ? dib_.headerFormat()
+                                                                 : static_cast<PixelFormat>(Format));
         dib.setSize(state_.width, state_.height);
-        if (!dib.create(palette())) {
-            return frame.fail(E_TAL_NO_DIB_SECTION);
-        }
+        check(dib.create(palette()) ? S_OK : E_TAL_NO_DIB_SECTION);
         PICTDESC description{};
         description.cbSizeofstruct = 24;
         description.picType = PICTYPE_BITMAP;
         description.bmp.hbitmap = dib.bitmap();
         ComPtr<IPictureDisp> picture;
-        const HRESULT hr = OleCreatePictureIndirect(&description, IID_IPictureDisp, TRUE, &picture);
-        if (FAILED(hr)) {
-            return frame.fail(hr);
-        }
+        check(OleCreatePictureIndirect(&description, IID_IPictureDisp, TRUE, &picture));
         dib.release().release(); // the picture owns the bitmap now
         *pDIB = picture.Detach();
         return S_OK;
     });
 }
 
-LayerFormat CTalGDIRenderEngine::format() const {
-    const std::optional<LayerBits> bits = dibBits(dib_.bitmap());
-    return bits ? bits->format : LayerFormat::Unspecified;
+PixelFormat CTalGDIRenderEngine::format() const {
+    const std::optional<BufferBits> bits = dibBits(dib_.bitmap());
+    return bits ? bits->format : PixelFormat::Unspecified;
 }
 
-HRESULT CTalGDIRenderEngine::withBits(const std::function<HRESULT(const LayerBits&)>& draw) {
-    const std::optional<LayerBits> bits = dibBits(dib_.bitmap());
+void CTalGDIRenderEngine::withBits(FunctionRef<void(const BufferBits&)> draw) {
+    const std::optional<BufferBits> bits = dibBits(dib_.bitmap());
     if (!bits) {
         throw _com_error(E_FAIL);
     }
     GdiFlush(); // drawing by GDI may still be on its way into the bits
-    return draw(*bits);
+    draw(*bits);
 }
 
-CTalGDIRenderEngine::SelectedPalette::SelectedPalette(HDC dc, UniquePalette palette)
-    : dc_(dc), palette_(std::move(palette)) {
+void CTalGDIRenderEngine::CompositionPalette::select(HDC dc, UniquePalette palette) {
+    drop();
+    dc_ = dc;
+    palette_ = std::move(palette);
     if (palette_) {
         SelectPalette(dc_, palette_.get(), FALSE);
+    }
+}
+
+void CTalGDIRenderEngine::CompositionPalette::realize() const {
+    if (palette_) {
         RealizePalette(dc_);
     }
 }
 
-CTalGDIRenderEngine::SelectedPalette&
-CTalGDIRenderEngine::SelectedPalette::operator=(SelectedPalette&& other) noexcept {
-    deselect();
-    dc_ = other.dc_;
-    palette_ = std::move(other.palette_);
-    return *this;
-}
-
-void CTalGDIRenderEngine::SelectedPalette::deselect() {
+void CTalGDIRenderEngine::CompositionPalette::drop() {
     if (palette_) {
         SelectPalette(dc_, static_cast<HPALETTE>(GetStockObject(DEFAULT_PALETTE)), FALSE);
+        palette_.reset();
     }
 }
 

@@ -39,34 +39,38 @@ private:
     // RenderEngineBase
     [[nodiscard]] EngineState& state() override { return state_; }
 
-    // LayerSurface
-    [[nodiscard]] bool hasBuffer() const override { return dib_.bitmap() != nullptr; }
-    [[nodiscard]] LayerFormat format() const override;
-    HRESULT withBits(const std::function<HRESULT(const LayerBits&)>& draw) override;
+    // CompositionBuffer. The format is the bitmap's own.
+    [[nodiscard]] bool exists() const override { return dib_.bitmap() != nullptr; }
+    [[nodiscard]] PixelFormat format() const override;
+    void withBits(FunctionRef<void(const BufferBits&)> draw) override;
     [[nodiscard]] HPALETTE palette() const override { return palette_.get(); }
 
-    // The palette of a 256-colour screen, selected into the memory device context until the end.
-    class SelectedPalette {
+    // The palette of a 256-colour screen, selected into the memory device context for as long as it is held.
+    class CompositionPalette {
     public:
-        SelectedPalette() = default;
-        SelectedPalette(HDC dc, UniquePalette palette);
-        SelectedPalette(SelectedPalette&&) = default;
-        SelectedPalette& operator=(SelectedPalette&& other) noexcept;
-        ~SelectedPalette() { deselect(); }
+        CompositionPalette() = default;
+        CompositionPalette(const CompositionPalette&) = delete;
+        CompositionPalette& operator=(const CompositionPalette&) = delete;
+        ~CompositionPalette() { drop(); }
 
+        // Takes a palette in the place of the one that it held; null is none.
+        void select(HDC dc, UniquePalette palette);
+        // Maps its colours to the system palette.
+        void realize() const;
+        // Selects it out of the device context, which must still be there, and deletes it.
+        void drop();
         [[nodiscard]] HPALETTE get() const { return palette_.get(); }
 
     private:
-        void deselect();
-
         HDC dc_ = nullptr;
         UniquePalette palette_;
     };
 
-    // The step always counts as done: without a palette the engine goes on with the system's default colours.
-    void makePalette(HDC windowDc);
+    // Makes the palette of a 256-colour screen. The step always counts as done: without a palette the engine
+    // goes on with the system's default colours.
+    HRESULT makePalette(HDC windowDc);
     // Makes the composition bitmap of the given size and selects it into the memory device context.
-    bool makeComposition(long width, long height);
+    void makeComposition(long width, long height);
 
     // Destroyed from the last to the first: the target, the palette, the composition bitmap, the memory
     // device context, the colour maps.
@@ -75,7 +79,7 @@ private:
     UniqueMemoryDc memoryDc_;
     DibRecord dib_;
     SelectedBitmap composition_;
-    SelectedPalette palette_;
+    CompositionPalette palette_;
     RenderTarget target_;
 };
 

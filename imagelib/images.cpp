@@ -6,13 +6,15 @@ namespace talx {
 namespace {
 
 class CTalColorPlane : public CComObjectRootEx<CComMultiThreadModel>,
-                       public PelAccessSourceImpl<ITalPelAccessSource> {
+                       public PelAccessSourceImpl<ITalPelAccessSource>,
+                       public ISupportErrorInfoImpl {
 public:
     CTalColorPlane(const std::shared_ptr<PlaneSet>& planes, long plane)
         : PelAccessSourceImpl<ITalPelAccessSource>(planes, plane) {}
 
     static std::span<const ComInterfaceEntry> interfaceMap() {
-        static constexpr ComInterfaceEntry entries[] = {comInterface<CTalColorPlane, ITalPelAccessSource>()};
+        static constexpr ComInterfaceEntry entries[] = {comInterface<CTalColorPlane, ITalPelAccessSource>(),
+                                                        comInterface<CTalColorPlane, ISupportErrorInfo>()};
         return entries;
     }
 };
@@ -20,11 +22,10 @@ public:
 } // namespace
 
 STDMETHODIMP CTalImage16Grey::get_DepthCode(long* pDepthCode) {
-    if (!pDepthCode) {
-        return E_POINTER;
-    }
-    *pDepthCode = depthCode_;
-    return S_OK;
+    return method(L"get_DepthCode", [&] {
+        checkResultPointer(pDepthCode);
+        *pDepthCode = depthCode_;
+    });
 }
 
 STDMETHODIMP CTalImage16Grey::put_DepthCode(long DepthCode) {
@@ -37,21 +38,19 @@ std::span<const ComInterfaceEntry> CTalImageColor::interfaceMap() {
         comInterface<CTalImageColor, ITalImageColor>(),
         comInterface<CTalImageColor, ITalImageColor, ITalImage>(),
         comInterface<CTalImageColor, ITalImageMemory>(),
+        comInterface<CTalImageColor, ISupportErrorInfo>(),
     };
     return entries;
 }
 
 STDMETHODIMP CTalImageColor::GetPlane(long Plane, IUnknown** ppPlane) {
-    if (!ppPlane) {
-        return E_POINTER;
-    }
-    *ppPlane = nullptr;
-    if (Plane < 0 || Plane >= kindColor.maxPlanes) {
-        return E_INVALIDARG;
-    }
-    return guarded([&] {
-        *ppPlane = makeObject<CTalColorPlane>(planes(), Plane).Detach();
-        return S_OK;
+    return method(L"GetPlane", [&] {
+        checkResultPointer(ppPlane);
+        *ppPlane = nullptr;
+        if (Plane < 0 || Plane >= kindColor.maxPlanes) {
+            fail(E_INVALIDARG, L"Plane is not 0, 1 or 2.");
+        }
+        *ppPlane = static_cast<ITalPelAccessSource*>(makeObject<CTalColorPlane>(planes(), Plane).Detach());
     });
 }
 
@@ -60,12 +59,13 @@ std::span<const ComInterfaceEntry> CTalImage16Range::interfaceMap() {
         comInterface<CTalImage16Range, ITalImage16Range>(),
         comInterface<CTalImage16Range, ITalImage16Range, ITalImage>(),
         comInterface<CTalImage16Range, ITalImageMemory>(),
+        comInterface<CTalImage16Range, ISupportErrorInfo>(),
     };
     return entries;
 }
 
 STDMETHODIMP CTalImage16Range::CreatePelAccesses(ITalPelAccess** ppValues, ITalPelAccess** ppMask) {
-    return guarded([&] { return planes()->createReadAccesses(ppValues, ppMask); });
+    return method(L"CreatePelAccesses", [&] { planes()->createReadAccesses(ppValues, ppMask); });
 }
 
 } // namespace talx

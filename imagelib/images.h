@@ -4,6 +4,7 @@
 // settle.
 #pragma once
 
+#include "com/class_info.h"
 #include "com/com_object.h"
 #include "imagelib/plane_set.h"
 
@@ -11,45 +12,62 @@
 
 namespace talx {
 
-// Runs a method's body; a failed allocation becomes E_OUTOFMEMORY.
-template <class Body>
-HRESULT guarded(Body&& body) {
-    try {
-        return body();
-    } catch (const std::bad_alloc&) {
-        return E_OUTOFMEMORY;
+// What is to be thrown for a null pointer that a method should store a result through.
+inline void checkResultPointer(const void* pointer) {
+    if (!pointer) {
+        fail(E_POINTER, L"The pointer to the result is null.");
     }
 }
 
 // What all image classes have: ITalImage, as the base of their kind interface, and ITalImageMemory.
-template <class KindInterface, const PlaneLayout& kind>
+template <class Coclass, class KindInterface, const PlaneLayout& kind>
 class ImageImpl : public CComObjectRootEx<CComMultiThreadModel>,
                   public KindInterface,
-                  public ITalImageMemory {
+                  public ITalImageMemory,
+                  public ISupportErrorInfoImpl {
 public:
     STDMETHOD(get_Width)(long* pWidth) override {
-        return pWidth ? (*pWidth = planes_->width(), S_OK) : E_POINTER;
+        return method(L"get_Width", [&] {
+            checkResultPointer(pWidth);
+            *pWidth = planes_->width();
+        });
     }
     STDMETHOD(get_Height)(long* pHeight) override {
-        return pHeight ? (*pHeight = planes_->height(), S_OK) : E_POINTER;
+        return method(L"get_Height", [&] {
+            checkResultPointer(pHeight);
+            *pHeight = planes_->height();
+        });
     }
 
     STDMETHOD(Allocate)(long Width, long Height, long Planes) override {
-        return guarded([&] { return planes_->allocate(Width, Height, Planes); });
+        return memoryMethod(L"Allocate", [&] { planes_->allocate(Width, Height, Planes); });
     }
     STDMETHOD(Wrap)
     (long Plane, long Width, long Height, __int64 Data, long RowStride, IUnknown* KeepAlive) override {
-        return guarded([&] { return planes_->wrap(Plane, Width, Height, Data, RowStride, KeepAlive); });
+        return memoryMethod(L"Wrap",
+                            [&] { planes_->wrap(Plane, Width, Height, Data, RowStride, KeepAlive); });
     }
     STDMETHOD(CreatePlaneAccess)(long Plane, TalPelAccessMode Mode, ITalPelAccess** ppAccess) override {
-        return guarded([&] { return planes_->createAccess(Plane, Mode, {}, ppAccess); });
+        return memoryMethod(L"CreatePlaneAccess", [&] { planes_->createAccess(Plane, Mode, {}, ppAccess); });
     }
 
 protected:
     [[nodiscard]] const std::shared_ptr<PlaneSet>& planes() const { return planes_; }
 
+    // Runs the body of a method of the kind interface in its frame.
+    template <class Body>
+    HRESULT method(const wchar_t* name, Body&& body) const {
+        return MethodFrame({__uuidof(KindInterface), __uuidof(Coclass)}, name).run(std::forward<Body>(body));
+    }
+
 private:
-    const std::shared_ptr<PlaneSet> planes_ = std::make_shared<PlaneSet>(kind);
+    template <class Body>
+    HRESULT memoryMethod(const wchar_t* name, Body&& body) const {
+        return MethodFrame({__uuidof(ITalImageMemory), __uuidof(Coclass)}, name)
+            .run(std::forward<Body>(body));
+    }
+
+    const std::shared_ptr<PlaneSet> planes_ = std::make_shared<PlaneSet>(kind, __uuidof(Coclass));
 };
 
 // Either source interface for one plane: whatever memory the plane has when an access is created.
@@ -58,8 +76,8 @@ class PelAccessSourceImpl : public Source {
 public:
     STDMETHOD(CreatePelAccess)
     (TalPelAccessMode Mode, long Left, long Top, long Width, long Height, ITalPelAccess** ppAccess) override {
-        return guarded([&] {
-            return planes_->createAccess(plane_, Mode, {Left, Top, Width, Height}, ppAccess);
+        return MethodFrame({__uuidof(Source), planes_->imageClass()}, L"CreatePelAccess").run([&] {
+            planes_->createAccess(plane_, Mode, {Left, Top, Width, Height}, ppAccess);
         });
     }
 
@@ -74,7 +92,7 @@ private:
 
 // An image of one plane, which answers the source interface itself.
 template <class Class, class Coclass, class KindInterface, const PlaneLayout& kind, class Source>
-class SinglePlaneImage : public ImageImpl<KindInterface, kind>,
+class SinglePlaneImage : public ImageImpl<Coclass, KindInterface, kind>,
                          public CComCoClass<Class, Coclass>,
                          public PelAccessSourceImpl<Source> {
 public:
@@ -86,6 +104,7 @@ public:
             comInterface<Class, KindInterface, ITalImage>(),
             comInterface<Class, Source>(),
             comInterface<Class, ITalImageMemory>(),
+            comInterface<Class, ISupportErrorInfo>(),
         };
         return entries;
     }
@@ -105,7 +124,7 @@ private:
     std::atomic<long> depthCode_ = talDepth16;
 };
 
-class CTalImageColor : public ImageImpl<ITalImageColor, kindColor>,
+class CTalImageColor : public ImageImpl<TalImageColor, ITalImageColor, kindColor>,
                        public CComCoClass<CTalImageColor, TalImageColor> {
 public:
     static std::span<const ComInterfaceEntry> interfaceMap();
@@ -113,7 +132,7 @@ public:
     STDMETHOD(GetPlane)(long Plane, IUnknown** ppPlane) override;
 };
 
-class CTalImage16Range : public ImageImpl<ITalImage16Range, kind16Range>,
+class CTalImage16Range : public ImageImpl<TalImage16Range, ITalImage16Range, kind16Range>,
                          public CComCoClass<CTalImage16Range, TalImage16Range> {
 public:
     static std::span<const ComInterfaceEntry> interfaceMap();

@@ -1,6 +1,7 @@
 // See plane_set.h.
 #include "imagelib/plane_set.h"
 
+#include "com/class_info.h"
 #include "com/com_object.h"
 
 #include <atomic>
@@ -16,160 +17,195 @@ namespace {
 // Rows of the library's own memory start on multiples of it.
 constexpr long long rowAlignment = 16;
 
-class CTalPelAccess : public CComObjectRootEx<CComMultiThreadModel>, public ITalPelAccess {
+// Exclusive use of the slim lock, which needs no memory, for the length of a scope.
+class LockHold {
 public:
-    CTalPelAccess(std::byte* data, long rowStride, std::shared_ptr<void> memory)
-        : data_(data), rowStride_(rowStride), memory_(std::move(memory)) {}
+    explicit LockHold(SRWLOCK& lock) : lock_(lock) { AcquireSRWLockExclusive(&lock_); }
+    ~LockHold() { ReleaseSRWLockExclusive(&lock_); }
+    LockHold(const LockHold&) = delete;
+    LockHold& operator=(const LockHold&) = delete;
+
+private:
+    SRWLOCK& lock_;
+};
+
+void checkPointer(const void* pointer, const wchar_t* text) {
+    if (!pointer) {
+        fail(E_POINTER, text);
+    }
+}
+
+class CTalPelAccess : public CComObjectRootEx<CComMultiThreadModel>,
+                      public ITalPelAccess,
+                      public ISupportErrorInfoImpl {
+public:
+    CTalPelAccess(std::byte* data, long rowStride, std::shared_ptr<void> memory, const CLSID& clsid)
+        : data_(data), rowStride_(rowStride), memory_(std::move(memory)), clsid_(clsid) {}
 
     static std::span<const ComInterfaceEntry> interfaceMap() {
-        static constexpr ComInterfaceEntry entries[] = {comInterface<CTalPelAccess, ITalPelAccess>()};
+        static constexpr ComInterfaceEntry entries[] = {comInterface<CTalPelAccess, ITalPelAccess>(),
+                                                        comInterface<CTalPelAccess, ISupportErrorInfo>()};
         return entries;
     }
 
     STDMETHOD(get_Data)(__int64* pData) override {
-        return whileLocked(pData, static_cast<__int64>(reinterpret_cast<INT_PTR>(data_)));
+        return whileLocked(L"get_Data", pData, static_cast<__int64>(reinterpret_cast<INT_PTR>(data_)));
     }
-    STDMETHOD(get_RowStride)(long* pRowStride) override { return whileLocked(pRowStride, rowStride_); }
-    STDMETHOD(Unlock)() override { return locked_.exchange(false) ? S_OK : E_UNEXPECTED; }
+    STDMETHOD(get_RowStride)(long* pRowStride) override {
+        return whileLocked(L"get_RowStride", pRowStride, rowStride_);
+    }
+    STDMETHOD(Unlock)() override {
+        return method(L"Unlock", [this] { checkLocked(locked_.exchange(false)); });
+    }
 
 private:
-    template <class Value>
-    HRESULT whileLocked(Value* result, Value value) const {
-        if (!result) {
-            return E_POINTER;
+    template <class Body>
+    HRESULT method(const wchar_t* name, Body&& body) const {
+        return MethodFrame({__uuidof(ITalPelAccess), clsid_}, name).run(std::forward<Body>(body));
+    }
+    static void checkLocked(bool locked) {
+        if (!locked) {
+            fail(E_UNEXPECTED, L"The access has been unlocked already.");
         }
-        const bool locked = locked_.load();
-        *result = locked ? value : 0;
-        return locked ? S_OK : E_UNEXPECTED;
+    }
+    template <class Value>
+    HRESULT whileLocked(const wchar_t* name, Value* result, Value value) const {
+        return method(name, [&] {
+            checkPointer(result, L"The pointer to the result is null.");
+            const bool locked = locked_.load();
+            *result = locked ? value : 0;
+            checkLocked(locked);
+        });
     }
 
     std::byte* const data_;
     const long rowStride_;
     const std::shared_ptr<void> memory_;
+    const CLSID& clsid_;
     std::atomic<bool> locked_ = true;
 };
 
 } // namespace
 
 PlaneSet::Content PlaneSet::content() const {
-    const std::lock_guard lock(mutex_);
+    const LockHold hold(lock_);
     return content_;
 }
 
 long PlaneSet::width() const {
-    const std::lock_guard lock(mutex_);
+    const LockHold hold(lock_);
     return content_.width;
 }
 
 long PlaneSet::height() const {
-    const std::lock_guard lock(mutex_);
+    const LockHold hold(lock_);
     return content_.height;
 }
 
-HRESULT PlaneSet::allocate(long width, long height, long planes) {
-    if (width < 1 || height < 1 || planes < kind_.minPlanes || planes > kind_.maxPlanes) {
-        return E_INVALIDARG;
+void PlaneSet::checkPlane(long plane) const {
+    if (plane < 0 || plane >= kind_.maxPlanes) {
+        fail(E_INVALIDARG, L"Plane is not the number of a plane of this kind of image.");
+    }
+}
+
+void PlaneSet::allocate(long width, long height, long planes) {
+    if (width < 1 || height < 1) {
+        fail(E_INVALIDARG, L"Width and Height must be at least 1.");
+    }
+    if (planes < kind_.minPlanes || planes > kind_.maxPlanes) {
+        fail(E_INVALIDARG, L"Planes is not a number of planes that this kind of image can have.");
     }
     Content content{width, height, {}};
     for (long plane = 0; plane < planes; ++plane) {
         const long long rowBytes = static_cast<long long>(width) * kind_.pelBytes[plane];
         const long long rowStride = (rowBytes + rowAlignment - 1) / rowAlignment * rowAlignment;
         if (rowStride > LONG_MAX) {
-            return E_OUTOFMEMORY;
+            fail(E_OUTOFMEMORY, L"A row of Width pels is longer than RowStride can tell.");
         }
         // calloc knows that fresh pages are zero already, and leaves those of a large image untouched.
         void* const data = std::calloc(static_cast<std::size_t>(height), static_cast<std::size_t>(rowStride));
         if (!data) {
-            return E_OUTOFMEMORY;
+            fail(E_OUTOFMEMORY, L"There is no memory for Width x Height pels.");
         }
         content.planes[plane] = {static_cast<std::byte*>(data), static_cast<long>(rowStride),
                                  std::shared_ptr<void>(data, std::free)};
     }
-    const std::lock_guard lock(mutex_);
+    const LockHold hold(lock_);
     std::swap(content_, content);
-    return S_OK;
 }
 
-HRESULT PlaneSet::wrap(long plane, long width, long height, __int64 data, long rowStride,
-                       IUnknown* keepAlive) {
+void PlaneSet::wrap(long plane, long width, long height, __int64 data, long rowStride, IUnknown* keepAlive) {
     if (data == 0) {
-        return E_POINTER;
+        fail(E_POINTER, L"Data is null.");
     }
-    if (!isPlane(plane) || width < 1 || height < 1) {
-        return E_INVALIDARG;
+    checkPlane(plane);
+    if (width < 1 || height < 1) {
+        fail(E_INVALIDARG, L"Width and Height must be at least 1.");
     }
     const long long rowBytes = static_cast<long long>(width) * kind_.pelBytes[plane];
     if (height > 1 && std::abs(static_cast<long long>(rowStride)) < rowBytes) {
-        return E_INVALIDARG;
+        fail(E_INVALIDARG, L"RowStride is less than a row of Width pels.");
     }
     std::shared_ptr<void> memory = std::make_shared<ComPtr<IUnknown>>(keepAlive);
     const Plane wrapped{reinterpret_cast<std::byte*>(static_cast<INT_PTR>(data)), rowStride,
                         std::move(memory)};
 
     Content dropped; // released after the lock
-    const std::lock_guard lock(mutex_);
+    const LockHold hold(lock_);
     if (plane == 0) {
         std::swap(dropped, content_);
         content_.width = width;
         content_.height = height;
         content_.planes[0] = wrapped;
-        return S_OK;
+        return;
     }
     if (width != content_.width || height != content_.height) {
-        return E_INVALIDARG;
+        fail(E_INVALIDARG, L"Width and Height must be those of plane 0.");
     }
     dropped.planes[plane] = std::exchange(content_.planes[plane], wrapped);
-    return S_OK;
 }
 
-HRESULT PlaneSet::createAccess(long plane, TalPelAccessMode mode, const PlaneRect& rect,
-                               ITalPelAccess** access) const {
-    if (!access) {
-        return E_POINTER;
-    }
+void PlaneSet::createAccess(long plane, TalPelAccessMode mode, const PlaneRect& rect,
+                            ITalPelAccess** access) const {
+    checkPointer(access, L"ppAccess is null.");
     *access = nullptr;
-    if (!isPlane(plane) || mode < talPelAccessRead || mode > talPelAccessReadWrite) {
-        return E_INVALIDARG;
+    checkPlane(plane);
+    if (mode < talPelAccessRead || mode > talPelAccessReadWrite) {
+        fail(E_INVALIDARG, L"Mode is not a mode of access.");
     }
-    return createAccess(content(), plane, rect, access);
+    *access = createAccess(content(), plane, rect).Detach();
 }
 
-HRESULT PlaneSet::createReadAccesses(ITalPelAccess** first, ITalPelAccess** second) const {
+void PlaneSet::createReadAccesses(ITalPelAccess** first, ITalPelAccess** second) const {
     for (ITalPelAccess** const result : {first, second}) {
         if (result) {
             *result = nullptr;
         }
     }
-    if (!first || !second) {
-        return E_POINTER;
-    }
+    checkPointer(first, L"ppValues is null.");
+    checkPointer(second, L"ppMask is null.");
     const Content now = content();
-    ComPtr<ITalPelAccess> access;
-    HRESULT hr = createAccess(now, 0, {}, access.GetAddressOf());
-    if (SUCCEEDED(hr) && now.planes[1].data) {
-        hr = createAccess(now, 1, {}, second);
+    ComPtr<ITalPelAccess> access = createAccess(now, 0, {});
+    if (now.planes[1].data) {
+        *second = createAccess(now, 1, {}).Detach();
     }
-    if (SUCCEEDED(hr)) {
-        *first = access.Detach();
-    }
-    return hr;
+    *first = access.Detach();
 }
 
-HRESULT PlaneSet::createAccess(const Content& content, long plane, const PlaneRect& rect,
-                               ITalPelAccess** access) const {
+ComPtr<ITalPelAccess> PlaneSet::createAccess(const Content& content, long plane,
+                                             const PlaneRect& rect) const {
     const Plane& source = content.planes[plane];
     if (!source.data) {
-        return E_FAIL;
+        fail(E_FAIL, L"The plane has no memory.");
     }
     const bool whole = rect.left == 0 && rect.top == 0 && rect.width == 0 && rect.height == 0;
     if (!whole && (rect.left < 0 || rect.top < 0 || rect.width < 1 || rect.height < 1 ||
                    rect.width > content.width - rect.left || rect.height > content.height - rect.top)) {
-        return E_INVALIDARG;
+        fail(E_INVALIDARG, L"Left, Top, Width and Height choose a part that is not inside the plane.");
     }
     std::byte* const data = source.data + std::ptrdiff_t{rect.top} * source.rowStride +
                             std::ptrdiff_t{rect.left} * kind_.pelBytes[plane];
-    *access = makeObject<CTalPelAccess>(data, source.rowStride, source.memory).Detach();
-    return S_OK;
+    return makeObject<CTalPelAccess>(data, source.rowStride, source.memory, clsid_);
 }
 
 } // namespace talx

@@ -6,7 +6,7 @@
 #include <array>
 #include <cstddef>
 #include <memory>
-#include <mutex>
+#include <wrl/client.h>
 
 namespace talx {
 
@@ -29,21 +29,23 @@ struct PlaneRect {
     long height = 0;
 };
 
-// All methods may be called from any thread. Arguments and results are those of ITalImageMemory and of the
-// pel access sources; besides they throw std::bad_alloc, with result pointers null.
+// All methods may be called from any thread. Arguments and failures are those of ITalImageMemory and of the
+// pel access sources; what fails is thrown (com/failure.h), with result pointers null.
 class PlaneSet {
 public:
-    explicit PlaneSet(const PlaneLayout& kind) : kind_(kind) {}
+    // clsid: the image class, whose name the failures of accesses bear.
+    PlaneSet(const PlaneLayout& kind, const CLSID& clsid) : kind_(kind), clsid_(clsid) {}
+
+    [[nodiscard]] const CLSID& imageClass() const { return clsid_; }
 
     [[nodiscard]] long width() const;
     [[nodiscard]] long height() const;
 
-    HRESULT allocate(long width, long height, long planes);
-    HRESULT wrap(long plane, long width, long height, __int64 data, long rowStride, IUnknown* keepAlive);
-    HRESULT createAccess(long plane, TalPelAccessMode mode, const PlaneRect& rect,
-                         ITalPelAccess** access) const;
+    void allocate(long width, long height, long planes);
+    void wrap(long plane, long width, long height, __int64 data, long rowStride, IUnknown* keepAlive);
+    void createAccess(long plane, TalPelAccessMode mode, const PlaneRect& rect, ITalPelAccess** access) const;
     // Read accesses to planes 0 and 1 as they are at one moment; the second is null without a plane 1.
-    HRESULT createReadAccesses(ITalPelAccess** first, ITalPelAccess** second) const;
+    void createReadAccesses(ITalPelAccess** first, ITalPelAccess** second) const;
 
 private:
     struct Plane {
@@ -57,13 +59,14 @@ private:
         std::array<Plane, 3> planes;
     };
 
-    [[nodiscard]] bool isPlane(long plane) const { return plane >= 0 && plane < kind_.maxPlanes; }
+    void checkPlane(long plane) const;
     [[nodiscard]] Content content() const;
-    HRESULT createAccess(const Content& content, long plane, const PlaneRect& rect,
-                         ITalPelAccess** access) const;
+    [[nodiscard]] Microsoft::WRL::ComPtr<ITalPelAccess> createAccess(const Content& content, long plane,
+                                                                     const PlaneRect& rect) const;
 
     const PlaneLayout& kind_;
-    mutable std::mutex mutex_;
+    const CLSID& clsid_;
+    mutable SRWLOCK lock_ = SRWLOCK_INIT;
     Content content_;
 };
 

@@ -1,12 +1,13 @@
 // The colour-map and visible-pixel-mask methods. Null pointers give a bare E_POINTER here.
 
+#include "render/ole_color.h"
 #include "render/render_engine_base.h"
 #include "render/safe_array.h"
 #include "render/system_palette.h"
 
 #include <algorithm>
 #include <memory>
-#include <olectl.h>
+#include <span>
 
 namespace talx {
 
@@ -18,7 +19,7 @@ struct SafeArrayDeleter {
 using UniqueSafeArray = std::unique_ptr<SAFEARRAY, SafeArrayDeleter>;
 
 // A new array of opaque words 0xFFRRGGBB, one for each entry. The caller destroys it.
-HRESULT copyEntries(const std::vector<ColorEntry>& entries, SAFEARRAY** result) {
+void copyEntries(std::span<const ColorEntry> entries, SAFEARRAY** result) {
     *result = nullptr;
     const UniqueSafeArray array(SafeArrayCreateVector(VT_I4, 0, static_cast<ULONG>(entries.size())));
     if (!array) {
@@ -36,7 +37,6 @@ HRESULT copyEntries(const std::vector<ColorEntry>& entries, SAFEARRAY** result) 
     if (FAILED(hr)) {
         throw _com_error(hr);
     }
-    return S_OK;
 }
 
 // Elements 0 to the upper bound count, whatever the lower bound, but never more than the array holds.
@@ -48,25 +48,18 @@ ULONG elementCount(SAFEARRAY* array) {
 
 // Puts the elements of an array of words 0x??RRGGBB in the place of a map's entries.
 template <class Map>
-HRESULT replaceEntries(const MethodFrame& frame, Map& map, SAFEARRAY* array) {
+void replaceEntries(Map& map, SAFEARRAY* array) {
     map.beginReplace();
-    if (!isVectorOf(array, sizeof(std::uint32_t))) {
-        return frame.fail(E_INVALIDARG);
-    }
+    check(isVectorOf(array, sizeof(std::uint32_t)) ? S_OK : E_INVALIDARG);
     const SafeArrayAccess access(array);
-    if (FAILED(access.result())) {
-        return frame.fail(E_INVALIDARG);
-    }
+    check(SUCCEEDED(access.result()) ? S_OK : E_INVALIDARG);
     const auto* element = access.data<const std::uint32_t>();
     const ULONG count = elementCount(array);
-    if (count > 0 && !element) {
-        return frame.fail(E_INVALIDARG); // a descriptor that never got memory
-    }
+    check(count == 0 || element ? S_OK : E_INVALIDARG); // a descriptor that never got memory
     for (ULONG i = 0; i < count; ++i) {
         map.append(fromRgbWord(element[i]));
     }
     map.endReplace();
-    return S_OK;
 }
 
 } // namespace
@@ -81,15 +74,11 @@ STDMETHODIMP RenderEngineBase::get_Image8GreyColorMap(unsigned char GreyVal, OLE
 
 STDMETHODIMP RenderEngineBase::put_Image8GreyColorMap(unsigned char GreyVal, OLE_COLOR value) {
     // Owners know failures of this setter under the getter's name.
-    return method(L"get_Image8GreyColorMap", [&](const MethodFrame& frame) {
-        COLORREF color = 0;
-        if (FAILED(OleTranslateColor(value, nullptr, &color))) {
-            return frame.fail(E_INVALIDARG, IDS_NO_COLOR);
-        }
+    return method(L"get_Image8GreyColorMap", [&] {
+        const COLORREF color = translateColor(value);
         state().colors.grey8Map.setEntry(GreyVal, fromColorRef(color), [this](std::uint32_t c) {
             return nearestPaletteIndex(palette(), c);
         });
-        return S_OK;
     });
 }
 
@@ -97,10 +86,9 @@ STDMETHODIMP RenderEngineBase::get_Image8GreyWholeColorMap(SAFEARRAY** pVal) {
     if (!pVal) {
         return E_POINTER;
     }
-    return method(L"get_Image8GreyWholeColorMap", [&](const MethodFrame&) {
+    return method(L"get_Image8GreyWholeColorMap", [&] {
         const GreyColorMap8& map = state().colors.grey8Map;
-        static const std::vector<ColorEntry> none;
-        return copyEntries(map.isSet() ? map.entries() : none, pVal);
+        copyEntries(map.isSet() ? std::span(map.entries()) : std::span<const ColorEntry>(), pVal);
     });
 }
 
@@ -108,40 +96,29 @@ STDMETHODIMP RenderEngineBase::put_Image8GreyWholeColorMap(SAFEARRAY** value) {
     if (!value) {
         return E_POINTER;
     }
-    return method(L"put_Image8GreyWholeColorMap", [&](const MethodFrame& frame) {
-        return replaceEntries(frame, state().colors.grey8Map, *value);
-    });
+    return method(L"put_Image8GreyWholeColorMap", [&] { replaceEntries(state().colors.grey8Map, *value); });
 }
 
 STDMETHODIMP RenderEngineBase::ClearImage8GreyColorMap() {
-    return method(L"ClearImage8GreyColorMap", [&](const MethodFrame&) {
-        state().colors.grey8Map.clear();
-        return S_OK;
-    });
+    return method(L"ClearImage8GreyColorMap", [&] { state().colors.grey8Map.clear(); });
 }
 
 STDMETHODIMP RenderEngineBase::get_Image16GreyColorMap(SAFEARRAY** pVal) {
     if (!pVal) {
         return E_POINTER;
     }
-    return method(L"get_Image16GreyColorMap",
-                  [&](const MethodFrame&) { return copyEntries(state().colors.grey16Map.entries(), pVal); });
+    return method(L"get_Image16GreyColorMap", [&] { copyEntries(state().colors.grey16Map.entries(), pVal); });
 }
 
 STDMETHODIMP RenderEngineBase::put_Image16GreyColorMap(SAFEARRAY** value) {
     if (!value) {
         return E_POINTER;
     }
-    return method(L"put_Image16GreyColorMap", [&](const MethodFrame& frame) {
-        return replaceEntries(frame, state().colors.grey16Map, *value);
-    });
+    return method(L"put_Image16GreyColorMap", [&] { replaceEntries(state().colors.grey16Map, *value); });
 }
 
 STDMETHODIMP RenderEngineBase::ClearImage16GreyColorMap() {
-    return method(L"ClearImage16GreyColorMap", [&](const MethodFrame&) {
-        state().colors.grey16Map.clear();
-        return S_OK;
-    });
+    return method(L"ClearImage16GreyColorMap", [&] { state().colors.grey16Map.clear(); });
 }
 
 STDMETHODIMP RenderEngineBase::get_Image16RangeColorMap(SAFEARRAY** pVal) {
@@ -149,30 +126,24 @@ STDMETHODIMP RenderEngineBase::get_Image16RangeColorMap(SAFEARRAY** pVal) {
         return E_POINTER;
     }
     return method(L"get_Image16RangeColorMap",
-                  [&](const MethodFrame&) { return copyEntries(state().colors.range16Map.entries(), pVal); });
+                  [&] { copyEntries(state().colors.range16Map.entries(), pVal); });
 }
 
 STDMETHODIMP RenderEngineBase::put_Image16RangeColorMap(SAFEARRAY** value) {
     if (!value) {
         return E_POINTER;
     }
-    return method(L"put_Image16RangeColorMap", [&](const MethodFrame& frame) {
-        return replaceEntries(frame, state().colors.range16Map, *value);
-    });
+    return method(L"put_Image16RangeColorMap", [&] { replaceEntries(state().colors.range16Map, *value); });
 }
 
 STDMETHODIMP RenderEngineBase::ClearImage16RangeColorMap() {
-    return method(L"ClearImage16RangeColorMap", [&](const MethodFrame&) {
-        state().colors.range16Map.clear();
-        return S_OK;
-    });
+    return method(L"ClearImage16RangeColorMap", [&] { state().colors.range16Map.clear(); });
 }
 
 STDMETHODIMP RenderEngineBase::UnsetColorMaps() {
-    return method(L"UnsetColorMaps", [&](const MethodFrame&) {
+    return method(L"UnsetColorMaps", [&] {
         state().colors.grey16Map.unset();
         state().colors.range16Map.unset();
-        return S_OK;
     });
 }
 

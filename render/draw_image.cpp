@@ -7,40 +7,33 @@
 
 namespace talx {
 
-HRESULT drawImage(LayerSurface& surface, EngineState& state, ITalImage* image,
-                  const ImagePlacement& placement) {
+void drawImage(CompositionBuffer& buffer, EngineState& state, ITalImage* image,
+               const ImagePlacement& placement) {
     if (!image) {
-        return S_OK;
+        return;
     }
-    SourceImage source;
-    source.image = image;
-    HRESULT hr = readSize(source);
-    if (FAILED(hr)) {
-        return hr;
-    }
+    const Microsoft::WRL::ComPtr<ITalImage> held(image);
+    const Extent extent = extentOf(image);
     const auto& [x, y, scale, callerClip] = placement;
-    const Rect placed = placeScaled(x, y, source.width, source.height, scale);
+    const Rect placed = placeScaled(x, y, extent, scale);
     const Rect clip = intersect(intersect(placed, callerClip), {0, 0, state.width, state.height});
-    if (clip.empty() || source.width <= 0 || source.height <= 0 || !surface.hasBuffer()) {
-        return S_OK;
+    if (clip.empty() || extent.empty() || !buffer.exists()) {
+        return;
     }
-    findKind(source);
-    if (source.kind == ImageKind::None) {
-        return S_OK;
+    const std::optional<ImageOfKind> kind = kindOf(image);
+    if (!kind) {
+        return;
     }
+    const SourceImage source{*kind, extent};
     if (isUnitScale(scale)) {
-        return transfer(surface, state.colors, source, x, y, clip);
+        return transfer(buffer, state.colors, source, x, y, clip);
     }
     const auto method = state.scalingMethod == talRenderEngineScalingMethodBilinearInterpolation
                             ? SamplingMethod::CentreAligned
                             : SamplingMethod::Nearest;
-    SourceImage scaled;
-    hr = resample(source, scale, x, y, clip, method, scaled);
-    if (FAILED(hr) || !scaled.image) {
-        return hr;
+    if (const auto scaled = resample(source, scale, x, y, clip, method)) {
+        transfer(buffer, state.colors, *scaled, clip.left, clip.top, clip);
     }
-    source = std::move(scaled);
-    return transfer(surface, state.colors, source, clip.left, clip.top, clip);
 }
 
 } // namespace talx

@@ -52,9 +52,12 @@ public:
         std::swap(saved_, other.saved_);
         return *this;
     }
-    ~SelectedBitmap() {
+    ~SelectedBitmap() { deselect(); }
+
+    // Ends the selection now.
+    void deselect() {
         if (saved_) {
-            SelectObject(dc_, saved_);
+            SelectObject(dc_, std::exchange(saved_, nullptr));
         }
     }
 
@@ -63,19 +66,21 @@ private:
     HGDIOBJ saved_ = nullptr;
 };
 
-// A palette selected into a device context, and realised, for the length of a scope.
-class ScopedPalette {
+// A palette selected into a device context for the length of a scope; what it replaced is selected back at
+// the end.
+class SelectedPalette {
 public:
-    ScopedPalette(HDC dc, HPALETTE palette) : dc_(dc), saved_(SelectPalette(dc, palette, FALSE)) {
-        RealizePalette(dc);
-    }
-    ~ScopedPalette() {
+    SelectedPalette(HDC dc, HPALETTE palette) : dc_(dc), saved_(SelectPalette(dc, palette, FALSE)) {}
+    ~SelectedPalette() {
         if (saved_) {
             SelectPalette(dc_, saved_, FALSE);
         }
     }
-    ScopedPalette(const ScopedPalette&) = delete;
-    ScopedPalette& operator=(const ScopedPalette&) = delete;
+    SelectedPalette(const SelectedPalette&) = delete;
+    SelectedPalette& operator=(const SelectedPalette&) = delete;
+
+    // Maps its colours to the system palette.
+    void realize() const { RealizePalette(dc_); }
 
 private:
     HDC dc_;

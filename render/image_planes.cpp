@@ -3,8 +3,7 @@
 #include "render/image_planes.h"
 
 #include "com/error_codes.h"
-
-#include <utility>
+#include "com/failure.h"
 
 namespace talx {
 
@@ -13,69 +12,54 @@ using Microsoft::WRL::ComPtr;
 namespace {
 
 template <class Kind>
-bool queryKind(IUnknown* object, SourceImage& source) {
-    ComPtr<Kind> found;
-    if (FAILED(object->QueryInterface(IID_PPV_ARGS(&found))) || !found) {
-        return false;
+bool queryKind(IUnknown* object, ComPtr<Kind>& kind) {
+    return SUCCEEDED(object->QueryInterface(IID_PPV_ARGS(kind.ReleaseAndGetAddressOf()))) && kind;
+}
+
+// Asks for the kinds from one on.
+template <std::size_t kind = 0>
+std::optional<ImageOfKind> firstKind(ITalImage* image) {
+    if constexpr (kind < std::variant_size_v<ImageOfKind>) {
+        std::variant_alternative_t<kind, ImageOfKind> found;
+        return queryKind(image, found) ? ImageOfKind(std::move(found)) : firstKind<kind + 1>(image);
+    } else {
+        return std::nullopt;
     }
-    source.image = found;
-    return true;
 }
 
 // A read access to the whole plane of an object that offers one.
 template <class Source>
-HRESULT createAccess(IUnknown* object, PelAccess& access) {
+void createAccess(IUnknown* object, PelAccess& access) {
     ComPtr<Source> source;
     if (FAILED(object->QueryInterface(IID_PPV_ARGS(&source))) || !source) {
-        return E_FAIL;
+        throw StepFailure(E_FAIL);
     }
-    return source->CreatePelAccess(talPelAccessRead, 0, 0, 0, 0, access.put());
+    check(source->CreatePelAccess(talPelAccessRead, 0, 0, 0, 0, access.put()));
 }
 
 } // namespace
 
-HRESULT readSize(SourceImage& source) {
+Extent extentOf(ITalImage* image) {
     long width = 0;
     long height = 0;
-    HRESULT hr = source.image->get_Width(&width);
-    if (SUCCEEDED(hr)) {
-        hr = source.image->get_Height(&height);
-    }
-    source.width = width;
-    source.height = height;
-    return hr;
+    check(image->get_Width(&width));
+    check(image->get_Height(&height));
+    return {width, height};
 }
 
-void findKind(SourceImage& source) {
-    const ComPtr<ITalImage> image = source.image;
-    for (const ImageKind kind : {ImageKind::Grey8, ImageKind::Color, ImageKind::Grey16, ImageKind::Range16}) {
-        source.kind = kind;
-        if (SUCCEEDED(setImage(source, image.Get()))) {
-            return;
-        }
-    }
-    source.kind = ImageKind::None;
+std::optional<ImageOfKind> kindOf(ITalImage* image) {
+    return firstKind(image);
 }
 
-HRESULT setImage(SourceImage& source, IUnknown* object) {
-    bool found = false;
-    switch (source.kind) {
-    case ImageKind::Grey8:
-        found = queryKind<ITalImage8Grey>(object, source);
-        break;
-    case ImageKind::Color:
-        found = queryKind<ITalImageColor>(object, source);
-        break;
-    case ImageKind::Grey16:
-        found = queryKind<ITalImage16Grey>(object, source);
-        break;
-    case ImageKind::Range16:
-        found = queryKind<ITalImage16Range>(object, source);
-        break;
-    case ImageKind::None:
-        break;
-    }
-    return found ? S_OK : E_FAIL;
+ImageOfKind sameKind(const ImageOfKind& kind, IUnknown* object) {
+    return std::visit(
+        [object](auto same) -> ImageOfKind {
+            if (!queryKind(object, same)) {
+                throw StepFailure(E_FAIL);
+            }
+            return same;
+        },
+        kind);
 }
 
 PelAccess::~PelAccess() {
@@ -85,77 +69,45 @@ PelAccess::~PelAccess() {
     }
 }
 
-HRESULT PelAccess::view(std::int32_t width, std::int32_t height, PlaneView& plane) const {
-    PixelRows pixels;
-    const HRESULT hr = rows(pixels);
-    plane = {pixels.data, pixels.stride, width, height};
-    return hr;
-}
-
-HRESULT PelAccess::rows(PixelRows& rows) const {
+PixelRows PelAccess::rows() const {
     __int64 data = 0;
     long stride = 0;
     if (!access_ || FAILED(access_->get_Data(&data)) || data == 0 ||
         FAILED(access_->get_RowStride(&stride))) {
-        return E_TAL_NO_PIXEL_DATA;
+        throw StepFailure(E_TAL_NO_PIXEL_DATA);
     }
-    rows = {reinterpret_cast<std::uint8_t*>(data), stride};
-    return S_OK;
+    return {reinterpret_cast<std::uint8_t*>(data), stride};
 }
 
-HRESULT ImagePlanes::acquire(const SourceImage& source) {
-    const HRESULT created = createAccesses(source);
-    if (FAILED(created)) {
-        return created;
-    }
+ImagePlanes::ImagePlanes(const SourceImage& source) {
+    std::visit([this](const auto& image) { createAccesses(image.Get()); }, source.image);
     for (int plane = 0; plane < count_; ++plane) {
-        const HRESULT hr = accesses_[plane].view(source.width, source.height, views_[plane]);
-        if (FAILED(hr)) {
-            return hr;
-        }
+        const PixelRows rows = accesses_[plane].rows();
+        views_[plane] = {rows.data, rows.stride, source.extent};
     }
-    return S_OK;
 }
 
-HRESULT ImagePlanes::createAccesses(const SourceImage& source) {
-    ITalImage* const image = source.image.Get();
-    switch (source.kind) {
-    case ImageKind::Grey8:
-        count_ = 1;
-        return createAccess<ITalPelAccessSource>(image, accesses_[0]);
-    case ImageKind::Color:
-        return createColorAccesses(static_cast<ITalImageColor*>(image));
-    case ImageKind::Grey16:
-        if (FAILED(static_cast<ITalImage16Grey*>(image)->get_DepthCode(&depthCode_))) {
-            return E_FAIL;
-        }
-        count_ = 1;
-        return createAccess<ITalPelAccessSource16>(image, accesses_[0]);
-    case ImageKind::Range16: {
-        const HRESULT hr =
-            static_cast<ITalImage16Range*>(image)->CreatePelAccesses(accesses_[0].put(), accesses_[1].put());
-        count_ = accesses_[1] ? 2 : 1;
-        return hr;
-    }
-    case ImageKind::None:
-        break;
-    }
-    return S_OK;
+void ImagePlanes::createAccesses(ITalImage8Grey* image) {
+    createAccess<ITalPelAccessSource>(image, accesses_[0]);
 }
 
-HRESULT ImagePlanes::createColorAccesses(ITalImageColor* color) {
+void ImagePlanes::createAccesses(ITalImageColor* image) {
     for (count_ = 0; count_ < 3; ++count_) {
         ComPtr<IUnknown> plane;
-        HRESULT hr = color->GetPlane(count_, &plane);
-        if (SUCCEEDED(hr)) {
-            hr = plane ? createAccess<ITalPelAccessSource>(plane.Get(), accesses_[count_])
-                       : E_TAL_NO_PIXEL_DATA;
-        }
-        if (FAILED(hr)) {
-            return hr;
-        }
+        check(image->GetPlane(count_, &plane));
+        check(plane ? S_OK : E_TAL_NO_PIXEL_DATA);
+        createAccess<ITalPelAccessSource>(plane.Get(), accesses_[count_]);
     }
-    return S_OK;
+}
+
+void ImagePlanes::createAccesses(ITalImage16Grey* image) {
+    check(SUCCEEDED(image->get_DepthCode(&depthCode_)) ? S_OK : E_FAIL);
+    createAccess<ITalPelAccessSource16>(image, accesses_[0]);
+}
+
+void ImagePlanes::createAccesses(ITalImage16Range* image) {
+    check(image->CreatePelAccesses(accesses_[0].put(), accesses_[1].put()));
+    count_ = accesses_[1] ? 2 : 1;
 }
 
 } // namespace talx

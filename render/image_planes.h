@@ -5,29 +5,42 @@
 #include "talxstd.h"
 
 #include <array>
+#include <optional>
+#include <variant>
 #include <wrl/client.h>
 
 namespace talx {
 
-enum class ImageKind { None, Grey8, Color, Grey16, Range16 };
+// The kind interface by which an image is drawn. The kinds stand in the order in which an image is asked for
+// them.
+using ImageOfKind =
+    std::variant<Microsoft::WRL::ComPtr<ITalImage8Grey>, Microsoft::WRL::ComPtr<ITalImageColor>,
+                 Microsoft::WRL::ComPtr<ITalImage16Grey>, Microsoft::WRL::ComPtr<ITalImage16Range>>;
 
 // An image as the steps of drawing hand it on.
 struct SourceImage {
-    Microsoft::WRL::ComPtr<ITalImage> image; // its kind interface once the kind is known
-    ImageKind kind = ImageKind::None;
-    std::int32_t width = 0;
-    std::int32_t height = 0;
+    ImageOfKind image;
+    Extent extent;
 };
 
-// Reads the size of source.image.
-HRESULT readSize(SourceImage& source);
+// A function object for each kind, as one for std::visit: a kind that is left out does not compile.
+template <class... Cases>
+struct ForKind : Cases... {
+    using Cases::operator()...;
+};
+template <class... Cases>
+ForKind(Cases...) -> ForKind<Cases...>;
 
-// Finds the first kind interface that source.image answers, in the order of the enumeration, and puts it in
-// the image's place. None for an image that answers none: it is never drawn.
-void findKind(SourceImage& source);
+// The functions of this file throw what fails (com/failure.h).
 
-// Makes an object the image of a source of a known kind. E_FAIL when it lacks the kind's interface.
-HRESULT setImage(SourceImage& source, IUnknown* object);
+// The size that an image states.
+[[nodiscard]] Extent extentOf(ITalImage* image);
+
+// The first kind interface that an image answers; nothing for one that answers none: it is never drawn.
+[[nodiscard]] std::optional<ImageOfKind> kindOf(ITalImage* image);
+
+// The interface of the same kind of another object.
+[[nodiscard]] ImageOfKind sameKind(const ImageOfKind& kind, IUnknown* object);
 
 // An access to one plane, unlocked at the end.
 class PelAccess {
@@ -41,10 +54,9 @@ public:
     [[nodiscard]] ITalPelAccess** put() { return &access_; }
     [[nodiscard]] explicit operator bool() const { return access_ != nullptr; }
 
-    // The plane of the given size. E_TAL_NO_PIXEL_DATA when the access gives no address.
-    HRESULT view(std::int32_t width, std::int32_t height, PlaneView& plane) const;
-    // The plane's pixels, to be written.
-    HRESULT rows(PixelRows& rows) const;
+    // The plane's pixels, to be written if the access is for that. E_TAL_NO_PIXEL_DATA when the access gives
+    // no address.
+    [[nodiscard]] PixelRows rows() const;
 
 private:
     ITalPelAccess* access_ = nullptr;
@@ -56,7 +68,7 @@ class ImagePlanes {
 public:
     // Failures: that of creating an access; E_TAL_NO_PIXEL_DATA for a plane or an address that is null;
     // E_FAIL for an image that lacks a source of accesses.
-    HRESULT acquire(const SourceImage& source);
+    explicit ImagePlanes(const SourceImage& source);
 
     [[nodiscard]] int count() const { return count_; }
     [[nodiscard]] const PlaneView& operator[](int plane) const { return views_[plane]; }
@@ -64,12 +76,14 @@ public:
     [[nodiscard]] long depthCode() const { return depthCode_; }
 
 private:
-    HRESULT createAccesses(const SourceImage& source);
-    HRESULT createColorAccesses(ITalImageColor* color);
+    void createAccesses(ITalImage8Grey* image);
+    void createAccesses(ITalImageColor* image);
+    void createAccesses(ITalImage16Grey* image);
+    void createAccesses(ITalImage16Range* image);
 
     std::array<PelAccess, 3> accesses_;
     std::array<PlaneView, 3> views_;
-    int count_ = 0;
+    int count_ = 1;
     long depthCode_ = 0;
 };
 

@@ -13,38 +13,26 @@ STDMETHODIMP RenderEngineBase::DumpInfo(BSTR*) {
 }
 
 STDMETHODIMP RenderEngineBase::get_Initialized(VARIANT_BOOL* pVal) {
-    return method(L"get_Initialized", [&](const MethodFrame& frame) {
-        if (!pVal) {
-            return frame.fail(E_POINTER);
-        }
+    return method(L"get_Initialized", [&] {
+        check(pVal ? S_OK : E_POINTER);
         *pVal = state().initialized ? VARIANT_TRUE : VARIANT_FALSE;
-        return S_OK;
     });
 }
 
 STDMETHODIMP RenderEngineBase::GetExtent(long* Width, long* Height) {
-    return method(L"GetExtent", [&](const MethodFrame& frame) {
-        if (!Width || !Height) {
-            return frame.fail(E_POINTER);
-        }
+    return method(L"GetExtent", [&] {
+        check(Width && Height ? S_OK : E_POINTER);
         *Width = state().width;
         *Height = state().height;
-        return S_OK;
     });
 }
 
 STDMETHODIMP RenderEngineBase::BeginLayerUpdate(long Lyr, long L, long T, long R, long B) {
-    return method(L"BeginLayerUpdate", [&](const MethodFrame&) {
-        state().layers.raiseBelow(Lyr, state().clip(L, T, R, B));
-        return S_OK;
-    });
+    return method(L"BeginLayerUpdate", [&] { state().layers.raiseBelow(Lyr, state().clip(L, T, R, B)); });
 }
 
 STDMETHODIMP RenderEngineBase::EndLayerUpdate(long Lyr, long L, long T, long R, long B) {
-    return method(L"EndLayerUpdate", [&](const MethodFrame&) {
-        state().layers.raiseAbove(Lyr, state().clip(L, T, R, B));
-        return S_OK;
-    });
+    return method(L"EndLayerUpdate", [&] { state().layers.raiseAbove(Lyr, state().clip(L, T, R, B)); });
 }
 
 STDMETHODIMP RenderEngineBase::put_Layers(long value) {
@@ -75,20 +63,17 @@ STDMETHODIMP RenderEngineBase::UnAdvise() {
 
 STDMETHODIMP RenderEngineBase::DrawImage(long, ITalImage* Image, long Sx, long Sy, double Scale, long L,
                                          long T, long R, long B, OLE_COLOR) {
-    return initializedMethod(L"DrawImage", [&](const MethodFrame& frame) {
-        const HRESULT hr = drawImage(*this, state(), Image, {Sx, Sy, Scale, {L, T, R, B}});
-        return FAILED(hr) ? frame.fail(hr) : S_OK;
+    return initializedMethod(L"DrawImage", [&] {
+        drawImage(*this, state(), Image, {Sx, Sy, Scale, {L, T, R, B}});
     });
 }
 
 STDMETHODIMP RenderEngineBase::DrawIcon8(long, ITalImage8Grey* IconData, SAFEARRAY** ColorMap,
                                          SAFEARRAY** TransparencyMap, double X, double Y, double Scale,
                                          long L, long T, long R, long B) {
-    return initializedMethod(L"DrawIcon8", [&](const MethodFrame& frame) {
-        const HRESULT hr =
-            drawIcon(*this, state(), IconData, ColorMap ? *ColorMap : nullptr,
-                     TransparencyMap ? *TransparencyMap : nullptr, {X, Y, Scale, {L, T, R, B}});
-        return FAILED(hr) ? frame.fail(hr) : S_OK;
+    return initializedMethod(L"DrawIcon8", [&] {
+        drawIcon(*this, state(), IconData, ColorMap ? *ColorMap : nullptr,
+                 TransparencyMap ? *TransparencyMap : nullptr, {X, Y, Scale, {L, T, R, B}});
     });
 }
 

@@ -3,14 +3,16 @@
 
 #include "com/error_codes.h"
 #include "com/method_frame.h"
+#include "render/composition_buffer.h"
 #include "render/engine_state.h"
-#include "render/layer.h"
+
+#include <wrl/client.h>
 
 namespace talx {
 
 // An engine derives from it, holds an EngineState and a composition buffer, and adds Initialize, SetExtent,
 // Fill, the draw context, RefreshScreen and PaletteChange.
-class RenderEngineBase : public ITalRenderEngine2, protected LayerSurface {
+class RenderEngineBase : public ITalRenderEngine2, protected CompositionBuffer {
 public:
     STDMETHOD(DumpInfo)(BSTR* info) override;
     STDMETHOD(get_Initialized)(VARIANT_BOOL* pVal) override;
@@ -53,20 +55,23 @@ protected:
     // Held by the engine itself, so that it is destroyed in the engine's own order.
     [[nodiscard]] virtual EngineState& state() = 0;
 
-    // Runs a method's body in its frame.
+    // Runs a method's body in its frame. The engine lives at least as long as the method: the owner's code,
+    // which some methods call, may release it.
     template <class Body>
-    HRESULT method(const wchar_t* name, Body&& body) const {
-        return MethodFrame(clsid_, name).run(std::forward<Body>(body));
+    HRESULT method(const wchar_t* name, Body&& body) {
+        const Microsoft::WRL::ComPtr<IUnknown> alive(static_cast<ITalRenderEngine2*>(this));
+        return MethodFrame({__uuidof(ITalRenderEngine), clsid_}, name).run(std::forward<Body>(body));
     }
     // The same for a method that needs an initialised engine.
     template <class Body>
     HRESULT initializedMethod(const wchar_t* name, Body&& body) {
-        return method(name, [&](const MethodFrame& frame) {
-            return state().initialized ? body(frame) : frame.fail(E_TAL_UNINITIALIZED);
+        return method(name, [&] {
+            check(state().initialized ? S_OK : E_TAL_UNINITIALIZED);
+            return std::forward<Body>(body)();
         });
     }
 
-    // Rebuilds the colour lookup of palettised layers after palette() has changed.
+    // Rebuilds the colour lookup of palettised buffers after palette() has changed.
     void updateColorLookup();
 
 private:

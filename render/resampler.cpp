@@ -2,6 +2,7 @@
 
 #include "render/resampler.h"
 
+#include "com/failure.h"
 #include "render/pixels/kernels.h"
 
 namespace talx {
@@ -10,70 +11,66 @@ using Microsoft::WRL::ComPtr;
 
 namespace {
 
-const CLSID& imageClass(ImageKind kind) {
-    switch (kind) {
-    case ImageKind::Color:
-        return __uuidof(TalImageColor);
-    case ImageKind::Grey16:
-        return __uuidof(TalImage16Grey);
-    case ImageKind::Range16:
-        return __uuidof(TalImage16Range);
-    default:
-        return __uuidof(TalImage8Grey);
-    }
+const CLSID& imageClass(const ImageOfKind& kind) {
+    return std::visit(
+        ForKind{
+            [](const ComPtr<ITalImage8Grey>&) -> const CLSID& { return __uuidof(TalImage8Grey); },
+            [](const ComPtr<ITalImageColor>&) -> const CLSID& { return __uuidof(TalImageColor); },
+            [](const ComPtr<ITalImage16Grey>&) -> const CLSID& { return __uuidof(TalImage16Grey); },
+            [](const ComPtr<ITalImage16Range>&) -> const CLSID& { return __uuidof(TalImage16Range); },
+        },
+        kind);
+}
+
+// Whether the pels of a plane have 16 bits: the values of the 16-bit kinds do, the mask of a range image does
+// not.
+bool hasWidePels(const ImageOfKind& kind, int plane) {
+    return std::visit(ForKind{
+                          [](const ComPtr<ITalImage8Grey>&) { return false; },
+                          [](const ComPtr<ITalImageColor>&) { return false; },
+                          [](const ComPtr<ITalImage16Grey>&) { return true; },
+                          [plane](const ComPtr<ITalImage16Range>&) { return plane == 0; },
+                      },
+                      kind);
 }
 
 using Kernel = void (*)(const PlaneView&, const PixelRows&, double, const Rect&);
 
-// Values of the 16-bit kinds have 16-bit pels; a range image's mask plane goes through the 8-bit kernel.
-Kernel kernelFor(ImageKind kind, int plane, SamplingMethod method) {
-    const bool wide = kind == ImageKind::Grey16 || (kind == ImageKind::Range16 && plane == 0);
-    if (method == SamplingMethod::CentreAligned) {
-        return wide ? resampleCentre16 : resampleCentre8;
+Kernel kernelFor(bool widePels, SamplingMethod method) {
+    switch (method) {
+    case SamplingMethod::CentreAligned:
+        return widePels ? resampleCentre16 : resampleCentre8;
+    case SamplingMethod::Nearest:
+        break;
     }
-    return wide ? resampleNearest16 : resampleNearest8;
+    return widePels ? resampleNearest16 : resampleNearest8;
 }
 
-HRESULT copyDepthCode(ITalImageMemory* to, long depthCode) {
-    ComPtr<ITalImage16Grey> grey;
-    const HRESULT hr = to->QueryInterface(IID_PPV_ARGS(&grey));
-    return FAILED(hr) ? hr : grey->put_DepthCode(depthCode);
-}
-
-// Writes the scaled planes of the source into an empty image.
-HRESULT fill(ITalImageMemory* memory, const ImagePlanes& planes, ImageKind kind, double scale,
-             const Rect& target, SamplingMethod method) {
-    HRESULT hr = memory->Allocate(static_cast<long>(target.width()), static_cast<long>(target.height()),
-                                  planes.count());
-    if (SUCCEEDED(hr) && kind == ImageKind::Grey16) {
-        hr = copyDepthCode(memory, planes.depthCode());
+// Writes the scaled planes into an empty image of the kind that they come from.
+void fill(ITalImageMemory* memory, const ImagePlanes& planes, const ImageOfKind& kind, double scale,
+          const Rect& target, SamplingMethod method) {
+    check(memory->Allocate(target.extent().width, target.extent().height, planes.count()));
+    if (std::holds_alternative<ComPtr<ITalImage16Grey>>(kind)) {
+        ComPtr<ITalImage16Grey> grey;
+        check(memory->QueryInterface(IID_PPV_ARGS(&grey)));
+        check(grey->put_DepthCode(planes.depthCode()));
     }
-    for (int plane = 0; plane < planes.count() && SUCCEEDED(hr); ++plane) {
+    for (int plane = 0; plane < planes.count(); ++plane) {
         PelAccess access;
-        PixelRows rows;
-        hr = memory->CreatePlaneAccess(plane, talPelAccessReadWrite, access.put());
-        if (SUCCEEDED(hr)) {
-            hr = access.rows(rows);
-        }
-        if (SUCCEEDED(hr)) {
-            kernelFor(kind, plane, method)(planes[plane], rows, scale, target);
-        }
+        check(memory->CreatePlaneAccess(plane, talPelAccessReadWrite, access.put()));
+        kernelFor(hasWidePels(kind, plane), method)(planes[plane], access.rows(), scale, target);
     }
-    return hr;
 }
 
 } // namespace
 
-HRESULT resample(const SourceImage& source, double scale, long x, long y, const Rect& clip,
-                 SamplingMethod method, SourceImage& result) {
-    if (!source.image) {
-        return E_POINTER;
-    }
-    const Rect visible = intersect(placeScaled(x, y, source.width, source.height, scale), clip);
+std::optional<SourceImage> resample(const SourceImage& source, double scale, long x, long y, const Rect& clip,
+                                    SamplingMethod method) {
+    const Rect visible = intersect(placeScaled(x, y, source.extent, scale), clip);
     const bool tooThin =
         method == SamplingMethod::CentreAligned && (visible.width() < 3 || visible.height() < 3);
-    if (visible.empty() || tooThin || source.kind == ImageKind::None) {
-        return S_OK;
+    if (visible.empty() || tooThin) {
+        return std::nullopt;
     }
     // In scaled-image coordinates; the visible part starts at or after the image's corner.
     const auto move = [](long edge, long origin) {
@@ -83,24 +80,9 @@ HRESULT resample(const SourceImage& source, double scale, long x, long y, const 
                       move(visible.bottom, y)};
 
     ComPtr<ITalImageMemory> memory;
-    HRESULT hr =
-        CoCreateInstance(imageClass(source.kind), nullptr, CLSCTX_INPROC_SERVER, IID_PPV_ARGS(&memory));
-    if (FAILED(hr)) {
-        return hr;
-    }
-    ImagePlanes planes;
-    hr = planes.acquire(source);
-    if (FAILED(hr)) {
-        return hr;
-    }
-    hr = fill(memory.Get(), planes, source.kind, scale, target, method);
-    if (FAILED(hr)) {
-        return hr;
-    }
-    result.kind = source.kind;
-    result.width = static_cast<std::int32_t>(target.width());
-    result.height = static_cast<std::int32_t>(target.height());
-    return setImage(result, memory.Get());
+    check(CoCreateInstance(imageClass(source.image), nullptr, CLSCTX_INPROC_SERVER, IID_PPV_ARGS(&memory)));
+    fill(memory.Get(), ImagePlanes(source), source.image, scale, target, method);
+    return SourceImage{sameKind(source.image, memory.Get()), target.extent()};
 }
 
 } // namespace talx

@@ -4,7 +4,7 @@
 #include "render/image_planes.h"
 #include "render/pixels/geometry.h"
 
-#include <wrl/client.h>
+#include <optional>
 
 namespace talx {
 
@@ -13,10 +13,10 @@ enum class SamplingMethod { Nearest, CentreAligned };
 // A new image of the source's kind that holds the pixels of clip when the source is drawn at (x, y) at this
 // scale: its pixel (0, 0) belongs at (clip.left, clip.top). clip lies inside the scaled image.
 //
-// S_OK with a null result.image where there is nothing to draw: an empty clip, a source of no kind, or fewer
-// than 3 rows or columns with the centre-aligned method, which leaves such rectangles as they are. Failures:
-// that of creating the image, or those of ImagePlanes::acquire.
-HRESULT resample(const SourceImage& source, double scale, long x, long y, const Rect& clip,
-                 SamplingMethod method, SourceImage& result);
+// Nothing where there is nothing to draw: an empty clip, or fewer than 3 rows or columns with the
+// centre-aligned method, which leaves such rectangles as they are. Throws the failures of creating the image
+// and of ImagePlanes.
+[[nodiscard]] std::optional<SourceImage> resample(const SourceImage& source, double scale, long x, long y,
+                                                  const Rect& clip, SamplingMethod method);
 
 } // namespace talx

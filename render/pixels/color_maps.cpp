@@ -1,4 +1,4 @@
-// Colour maps: how an owner's colours become the look-up tables of each layer format.
+// Colour maps: how an owner's colours become the look-up tables of each pixel format.
 #include "render/pixels/color_maps.h"
 
 #include <algorithm>
@@ -10,22 +10,10 @@ namespace {
 
 constexpr std::uint32_t greyLevels = 256;
 
-template <LayerFormat Format>
-auto toPixel(ColorEntry e) {
-    if constexpr (Format == LayerFormat::Rgb15)
-        return toRgb15(e);
-    else if constexpr (Format == LayerFormat::Rgb16)
-        return toRgb16(e);
-    else if constexpr (Format == LayerFormat::Rgb24)
-        return e;
-    else
-        return toRgb32(e);
-}
-
-// Lengthens entries to the 256 of a whole map with their grey ramp.
-void growToWholeMap(std::vector<ColorEntry>& entries) {
-    entries.reserve(greyLevels);
-    while (entries.size() < greyLevels)
+// Lengthens entries to a count, at most 256, with the grey ramp.
+void growTo(std::vector<ColorEntry>& entries, std::size_t count) {
+    entries.reserve(count);
+    while (entries.size() < count)
         entries.push_back(greyEntry(static_cast<std::uint32_t>(entries.size())));
 }
 
@@ -33,55 +21,46 @@ void growToWholeMap(std::vector<ColorEntry>& entries) {
 
 GreyColorMap8::GreyColorMap8() {
     std::iota(greyToEntry_.begin(), greyToEntry_.end(), std::uint8_t{0});
-    growToWholeMap(colorEntries_);
+    growTo(colorEntries_, greyLevels);
 }
 
 ColorEntry GreyColorMap8::entry(std::uint8_t k) const {
     return k < colorEntries_.size() ? colorEntries_[k] : greyEntry(k);
 }
 
-template <LayerFormat Format>
-std::vector<typename TableEntry<Format>::type>& GreyColorMap8::tableOf() {
-    if constexpr (Format == LayerFormat::Pal8)
-        return pal8Table_;
-    else if constexpr (Format == LayerFormat::Rgb15)
-        return rgb15Table_;
-    else if constexpr (Format == LayerFormat::Rgb16)
-        return rgb16Table_;
-    else if constexpr (Format == LayerFormat::Rgb24)
-        return rgb24Table_;
-    else
-        return rgb32Table_;
+template <PixelFormat Format>
+TableEntry<Format> GreyColorMap8::pixelOf(std::uint8_t k) const {
+    return TableFormat<Format>::of(entry(k));
+}
+template <>
+std::uint8_t GreyColorMap8::pixelOf<PixelFormat::Pal8>(std::uint8_t k) const {
+    return paletteIndex_.empty() ? std::uint8_t{0} : paletteIndex_[k];
 }
 
-template <LayerFormat Format>
-typename TableEntry<Format>::type GreyColorMap8::pixelOf(std::uint8_t k) const {
-    if constexpr (Format == LayerFormat::Pal8)
-        return paletteIndex_.empty() ? std::uint8_t{0} : paletteIndex_[k];
-    else
-        return toPixel<Format>(entry(k));
+template <PixelFormat Format>
+std::vector<TableEntry<Format>>& GreyColorMap8::tableOf() {
+    return tables_.of<Format>();
 }
-
-template <LayerFormat Format>
-void GreyColorMap8::updateTable(std::uint8_t k) {
-    auto& table = tableOf<Format>();
-    for (std::size_t v = 0; v < table.size(); ++v) {
-        if (greyToEntry_[v] == k)
-            table[v] = pixelOf<Format>(k);
-    }
+template <>
+std::vector<std::uint8_t>& GreyColorMap8::tableOf<PixelFormat::Pal8>() {
+    return pal8Table_;
 }
 
 void GreyColorMap8::setEntry(std::uint8_t k, ColorEntry color, const NearestPaletteIndex& nearest) {
-    growToWholeMap(colorEntries_);
+    if (colorEntries_.size() <= k)
+        growTo(colorEntries_, k + std::size_t{1});
     if (!paletteIndex_.empty())
         paletteIndex_[k] = nearest(toColorRef(color));
     colorEntries_[k] = color;
     isSet_ = true;
-    updateTable<LayerFormat::Pal8>(k);
-    updateTable<LayerFormat::Rgb15>(k);
-    updateTable<LayerFormat::Rgb16>(k);
-    updateTable<LayerFormat::Rgb24>(k);
-    updateTable<LayerFormat::Rgb32>(k);
+    const auto update = [&]<PixelFormat Format>(auto& table) {
+        for (std::size_t v = 0; v < table.size(); ++v) {
+            if (greyToEntry_[v] == k)
+                table[v] = pixelOf<Format>(k);
+        }
+    };
+    update.operator()<PixelFormat::Pal8>(pal8Table_);
+    tables_.each(update);
 }
 
 void GreyColorMap8::beginReplace() {
@@ -91,7 +70,7 @@ void GreyColorMap8::beginReplace() {
 }
 
 void GreyColorMap8::clear() {
-    growToWholeMap(colorEntries_);
+    growTo(colorEntries_, greyLevels);
     for (std::uint32_t g = 0; g < greyLevels; ++g)
         colorEntries_[g] = greyEntry(g);
     isSet_ = false;
@@ -107,14 +86,11 @@ void GreyColorMap8::updatePalette(const NearestPaletteIndex& nearest) {
 
 void GreyColorMap8::dropTables() {
     pal8Table_.clear();
-    rgb15Table_.clear();
-    rgb16Table_.clear();
-    rgb24Table_.clear();
-    rgb32Table_.clear();
+    tables_.clear();
 }
 
-template <LayerFormat Format>
-const typename TableEntry<Format>::type* GreyColorMap8::table() {
+template <PixelFormat Format>
+const TableEntry<Format>* GreyColorMap8::table() {
     auto& table = tableOf<Format>();
     if (table.empty()) {
         table.resize(greyLevels);
@@ -124,43 +100,28 @@ const typename TableEntry<Format>::type* GreyColorMap8::table() {
     return table.data();
 }
 
-template const std::uint8_t* GreyColorMap8::table<LayerFormat::Pal8>();
-template const std::uint16_t* GreyColorMap8::table<LayerFormat::Rgb15>();
-template const std::uint16_t* GreyColorMap8::table<LayerFormat::Rgb16>();
-template const ColorEntry* GreyColorMap8::table<LayerFormat::Rgb24>();
-template const std::uint32_t* GreyColorMap8::table<LayerFormat::Rgb32>();
-
-template <LayerFormat Format>
-std::vector<typename TableEntry<Format>::type>& ColorMap16::tableOf() {
-    if constexpr (Format == LayerFormat::Rgb15)
-        return rgb15Table_;
-    else if constexpr (Format == LayerFormat::Rgb16)
-        return rgb16Table_;
-    else if constexpr (Format == LayerFormat::Rgb24)
-        return rgb24Table_;
-    else
-        return rgb32Table_;
-}
+template const std::uint8_t* GreyColorMap8::table<PixelFormat::Pal8>();
+template const std::uint16_t* GreyColorMap8::table<PixelFormat::Rgb15>();
+template const std::uint16_t* GreyColorMap8::table<PixelFormat::Rgb16>();
+template const ColorEntry* GreyColorMap8::table<PixelFormat::Rgb24>();
+template const std::uint32_t* GreyColorMap8::table<PixelFormat::Rgb32>();
 
 void ColorMap16::beginReplace() {
-    inUse_ = {!rgb15Table_.empty(), !rgb16Table_.empty(), !rgb24Table_.empty(), !rgb32Table_.empty()};
-    rgb15Table_.clear();
-    rgb16Table_.clear();
-    rgb24Table_.clear();
-    rgb32Table_.clear();
+    tablesInUse_ = 0;
+    tables_.each([&, bit = 1u]<PixelFormat>(auto& table) mutable {
+        tablesInUse_ |= table.empty() ? 0 : bit;
+        bit <<= 1;
+        table.clear();
+    });
     colorEntries_.clear();
 }
 
 void ColorMap16::endReplace() {
-    const TablesInUse inUse = std::exchange(inUse_, {});
-    if (inUse.rgb15)
-        build<LayerFormat::Rgb15>();
-    if (inUse.rgb16)
-        build<LayerFormat::Rgb16>();
-    if (inUse.rgb24)
-        build<LayerFormat::Rgb24>();
-    if (inUse.rgb32)
-        build<LayerFormat::Rgb32>();
+    tables_.each([&, inUse = std::exchange(tablesInUse_, 0u)]<PixelFormat Format>(auto&) mutable {
+        if (inUse & 1)
+            build<Format>();
+        inUse >>= 1;
+    });
 }
 
 void ColorMap16::clear() {
@@ -173,33 +134,33 @@ void ColorMap16::setSize(std::uint32_t tableSize) {
     maxValue_ = tableSize - 1;
 }
 
-template <LayerFormat Format>
+template <PixelFormat Format>
 void ColorMap16::build() {
-    auto& table = tableOf<Format>();
+    auto& table = tables_.of<Format>();
     table.clear(); // stays so when there is no memory for the new one
     table.resize(tableSize_);
     if (colorEntries_.size() < tableSize_) {
         const std::uint32_t run = tableSize_ / greyLevels;
         auto out = table.begin();
         for (std::uint32_t level = 0; level < greyLevels; ++level)
-            out = std::fill_n(out, run, toPixel<Format>(greyEntry(level)));
+            out = std::fill_n(out, run, TableFormat<Format>::of(greyEntry(level)));
     }
     const std::size_t count = std::min<std::size_t>(colorEntries_.size(), tableSize_);
     std::transform(colorEntries_.begin(), colorEntries_.begin() + static_cast<std::ptrdiff_t>(count),
-                   table.begin(), toPixel<Format>);
+                   table.begin(), &TableFormat<Format>::of);
 }
 
-template <LayerFormat Format>
-const typename TableEntry<Format>::type* ColorMap16::table() {
-    auto& table = tableOf<Format>();
+template <PixelFormat Format>
+const TableEntry<Format>* ColorMap16::table() {
+    auto& table = tables_.of<Format>();
     if (table.size() != tableSize_)
         build<Format>();
     return table.data();
 }
 
-template const std::uint16_t* ColorMap16::table<LayerFormat::Rgb15>();
-template const std::uint16_t* ColorMap16::table<LayerFormat::Rgb16>();
-template const ColorEntry* ColorMap16::table<LayerFormat::Rgb24>();
-template const std::uint32_t* ColorMap16::table<LayerFormat::Rgb32>();
+template const std::uint16_t* ColorMap16::table<PixelFormat::Rgb15>();
+template const std::uint16_t* ColorMap16::table<PixelFormat::Rgb16>();
+template const ColorEntry* ColorMap16::table<PixelFormat::Rgb24>();
+template const std::uint32_t* ColorMap16::table<PixelFormat::Rgb32>();
 
 } // namespace talx

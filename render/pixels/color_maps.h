@@ -1,43 +1,89 @@
 // Colour maps: the owner's colours for grey and range values, and the per-format tables made of them.
 //
 // A table is either empty or complete and consistent with the map's colours, palette indices and size; it is
-// built on first use for a layer format.
+// built on first use for a pixel format.
 #pragma once
 
+#include "render/pixels/function_ref.h"
 #include "render/pixels/pixel_format.h"
 
 #include <array>
-#include <functional>
 #include <vector>
 
 namespace talx {
 
 // The index of the colour nearest to 0x00BBGGRR in the engine's 256-entry palette.
-using NearestPaletteIndex = std::function<std::uint8_t(std::uint32_t colorRef)>;
+using NearestPaletteIndex = FunctionRef<std::uint8_t(std::uint32_t colorRef)>;
 
-// The table of a format has entries of this type.
-template <LayerFormat Format>
-struct TableEntry;
+// What a table of a format holds: the type of its entries and, where a format has colours, the entry of a
+// colour. A format without one does not compile where a table of it is asked for.
+template <PixelFormat Format>
+struct TableFormat;
 template <>
-struct TableEntry<LayerFormat::Pal8> {
-    using type = std::uint8_t;
+struct TableFormat<PixelFormat::Pal8> {
+    using Entry = std::uint8_t;
 };
 template <>
-struct TableEntry<LayerFormat::Rgb15> {
-    using type = std::uint16_t;
+struct TableFormat<PixelFormat::Rgb15> {
+    using Entry = std::uint16_t;
+    static constexpr Entry of(ColorEntry color) { return toRgb15(color); }
 };
 template <>
-struct TableEntry<LayerFormat::Rgb16> {
-    using type = std::uint16_t;
+struct TableFormat<PixelFormat::Rgb16> {
+    using Entry = std::uint16_t;
+    static constexpr Entry of(ColorEntry color) { return toRgb16(color); }
 };
 template <>
-struct TableEntry<LayerFormat::Rgb24> {
-    using type = ColorEntry;
+struct TableFormat<PixelFormat::Rgb24> {
+    using Entry = ColorEntry;
+    static constexpr Entry of(ColorEntry color) { return color; }
 };
 template <>
-struct TableEntry<LayerFormat::Rgb32> {
-    using type = std::uint32_t;
+struct TableFormat<PixelFormat::Rgb32> {
+    using Entry = std::uint32_t;
+    static constexpr Entry of(ColorEntry color) { return toRgb32(color); }
 };
+template <PixelFormat Format>
+using TableEntry = typename TableFormat<Format>::Entry;
+
+// The tables of the formats that have colours, as every map holds them.
+struct ColorTables {
+    std::vector<std::uint16_t> rgb15Table;
+    std::vector<std::uint16_t> rgb16Table;
+    std::vector<ColorEntry> rgb24Table;
+    std::vector<std::uint32_t> rgb32Table;
+
+    template <PixelFormat Format>
+    [[nodiscard]] std::vector<TableEntry<Format>>& of();
+
+    // Calls todo<Format>(table) for each of them.
+    template <class Todo>
+    void each(Todo&& todo) {
+        todo.template operator()<PixelFormat::Rgb15>(rgb15Table);
+        todo.template operator()<PixelFormat::Rgb16>(rgb16Table);
+        todo.template operator()<PixelFormat::Rgb24>(rgb24Table);
+        todo.template operator()<PixelFormat::Rgb32>(rgb32Table);
+    }
+    void clear() {
+        each([]<PixelFormat>(auto& table) { table.clear(); });
+    }
+};
+template <>
+[[nodiscard]] inline std::vector<std::uint16_t>& ColorTables::of<PixelFormat::Rgb15>() {
+    return rgb15Table;
+}
+template <>
+[[nodiscard]] inline std::vector<std::uint16_t>& ColorTables::of<PixelFormat::Rgb16>() {
+    return rgb16Table;
+}
+template <>
+[[nodiscard]] inline std::vector<ColorEntry>& ColorTables::of<PixelFormat::Rgb24>() {
+    return rgb24Table;
+}
+template <>
+[[nodiscard]] inline std::vector<std::uint32_t>& ColorTables::of<PixelFormat::Rgb32>() {
+    return rgb32Table;
+}
 
 // The map of 8-bit grey images.
 class GreyColorMap8 {
@@ -46,8 +92,8 @@ public:
 
     // The colour of entry k; the grey ramp where the owner gave fewer entries.
     [[nodiscard]] ColorEntry entry(std::uint8_t k) const;
-    // Sets one colour and updates the tables in place; the map then has at least 256 entries. nearest is
-    // asked only once there are palette indices.
+    // Sets one colour and updates the tables in place. Where k lies beyond the entries, they grow up to it
+    // with the grey ramp. nearest is asked only once there are palette indices.
     void setEntry(std::uint8_t k, ColorEntry color, const NearestPaletteIndex& nearest);
 
     [[nodiscard]] bool isSet() const { return isSet_; }
@@ -67,26 +113,21 @@ public:
     void updatePalette(const NearestPaletteIndex& nearest);
 
     // The 256 entries of the table for a format, built if need be. Valid until the map changes.
-    template <LayerFormat Format>
-    const typename TableEntry<Format>::type* table();
+    template <PixelFormat Format>
+    const TableEntry<Format>* table();
 
 private:
-    template <LayerFormat Format>
-    std::vector<typename TableEntry<Format>::type>& tableOf();
-    template <LayerFormat Format>
-    typename TableEntry<Format>::type pixelOf(std::uint8_t k) const;
-    template <LayerFormat Format>
-    void updateTable(std::uint8_t k);
+    template <PixelFormat Format>
+    [[nodiscard]] TableEntry<Format> pixelOf(std::uint8_t k) const;
+    template <PixelFormat Format>
+    [[nodiscard]] std::vector<TableEntry<Format>>& tableOf();
     void dropTables();
 
     std::vector<std::uint8_t> paletteIndex_;
     std::array<std::uint8_t, 256> greyToEntry_;
     std::vector<ColorEntry> colorEntries_;
     std::vector<std::uint8_t> pal8Table_;
-    std::vector<std::uint16_t> rgb15Table_;
-    std::vector<std::uint16_t> rgb16Table_;
-    std::vector<ColorEntry> rgb24Table_;
-    std::vector<std::uint32_t> rgb32Table_;
+    ColorTables tables_;
     bool isSet_ = false;
 };
 
@@ -114,30 +155,19 @@ public:
 
     // The tableSize() entries of the table for a format other than Pal8, built if need be. Valid until the
     // map changes.
-    template <LayerFormat Format>
-    const typename TableEntry<Format>::type* table();
+    template <PixelFormat Format>
+    const TableEntry<Format>* table();
 
 private:
-    struct TablesInUse {
-        bool rgb15 = false;
-        bool rgb16 = false;
-        bool rgb24 = false;
-        bool rgb32 = false;
-    };
-
-    template <LayerFormat Format>
-    std::vector<typename TableEntry<Format>::type>& tableOf();
-    template <LayerFormat Format>
+    template <PixelFormat Format>
     void build();
 
-    std::vector<std::uint16_t> rgb15Table_;
-    std::vector<std::uint16_t> rgb16Table_;
-    std::vector<ColorEntry> rgb24Table_;
-    std::vector<std::uint32_t> rgb32Table_;
+    ColorTables tables_;
     std::vector<ColorEntry> colorEntries_;
     std::uint32_t tableSize_ = 0;
     std::uint32_t maxValue_ = 65535;
-    TablesInUse inUse_; // before the replacement that is under way
+    unsigned tablesInUse_ =
+        0; // before the replacement that is under way: a bit for each, in the order of each()
 };
 
 // The table size for the DepthCode of a 16-bit grey image.

@@ -8,6 +8,14 @@
 
 namespace talx {
 
+// A size in pixels. A side below 1 holds none.
+struct Extent {
+    std::int32_t width = 0;
+    std::int32_t height = 0;
+
+    [[nodiscard]] constexpr bool empty() const { return width <= 0 || height <= 0; }
+};
+
 // A rectangle in pixels, right and bottom exclusive.
 struct Rect {
     std::int32_t left = 0;
@@ -18,6 +26,10 @@ struct Rect {
     [[nodiscard]] constexpr bool empty() const { return left >= right || top >= bottom; }
     [[nodiscard]] constexpr std::int64_t width() const { return std::int64_t{right} - left; }
     [[nodiscard]] constexpr std::int64_t height() const { return std::int64_t{bottom} - top; }
+    // Of a rectangle no longer than 32 bits count, such as one inside an extent.
+    [[nodiscard]] constexpr Extent extent() const {
+        return {static_cast<std::int32_t>(width()), static_cast<std::int32_t>(height())};
+    }
     friend constexpr bool operator==(const Rect& a, const Rect& b) {
         return a.left == b.left && a.top == b.top && a.right == b.right && a.bottom == b.bottom;
     }
@@ -58,12 +70,11 @@ struct Rect {
 }
 
 // The rectangle that an image of the given size covers at (x, y), each edge saturating.
-[[nodiscard]] inline Rect placeScaled(std::int32_t x, std::int32_t y, std::int32_t width, std::int32_t height,
-                                      double scale) {
+[[nodiscard]] inline Rect placeScaled(std::int32_t x, std::int32_t y, Extent extent, double scale) {
     const auto farEdge = [scale](std::int32_t origin, std::int32_t size) {
         return saturate(std::int64_t{origin} + roundHalfUp(static_cast<double>(size) * scale));
     };
-    return Rect{x, y, farEdge(x, width), farEdge(y, height)};
+    return Rect{x, y, farEdge(x, extent.width), farEdge(y, extent.height)};
 }
 
 } // namespace talx

@@ -1,4 +1,4 @@
-// Icon blending: one loop over the pixels for each layer depth.
+// Icon blending: one loop over the pixels for each buffer depth.
 #include "render/pixels/icon_blend.h"
 
 #include "render/pixels/pixel_rows.h"
@@ -17,8 +17,8 @@ constexpr std::array<std::uint8_t, 101> weightTable = [] {
     return table;
 }();
 
-constexpr std::uint32_t mixChannel(std::uint32_t layer, std::uint32_t color, std::uint32_t a) {
-    return (layer * a + color * (128 - a)) >> 7;
+constexpr std::uint32_t mixChannel(std::uint32_t buffer, std::uint32_t color, std::uint32_t a) {
+    return (buffer * a + color * (128 - a)) >> 7;
 }
 
 // One pixel of each depth: the colour as it is stored, the half blend and the blend with weight a.
@@ -28,13 +28,13 @@ template <std::uint16_t HalfMask, int RedShift, int GreenShift, std::uint32_t Gr
 struct Blend16Bit {
     using Pixel = std::uint16_t;
     static Pixel plain(std::uint32_t color) { return static_cast<Pixel>(color); }
-    static Pixel half(Pixel layer, std::uint32_t color) {
-        return static_cast<Pixel>((layer >> 1 & HalfMask) + (color >> 1 & HalfMask));
+    static Pixel half(Pixel buffer, std::uint32_t color) {
+        return static_cast<Pixel>((buffer >> 1 & HalfMask) + (color >> 1 & HalfMask));
     }
-    static Pixel mix(Pixel layer, std::uint32_t color, std::uint32_t a) {
-        return Pack(mixChannel(layer >> RedShift & 0xF8, color >> RedShift & 0xF8, a),
-                    mixChannel(layer >> GreenShift & GreenMask, color >> GreenShift & GreenMask, a),
-                    mixChannel(layer << 3 & 0xFF, color << 3 & 0xFF, a));
+    static Pixel mix(Pixel buffer, std::uint32_t color, std::uint32_t a) {
+        return Pack(mixChannel(buffer >> RedShift & 0xF8, color >> RedShift & 0xF8, a),
+                    mixChannel(buffer >> GreenShift & GreenMask, color >> GreenShift & GreenMask, a),
+                    mixChannel(buffer << 3 & 0xFF, color << 3 & 0xFF, a));
     }
 };
 using Blend15 = Blend16Bit<0x7DEF, 7, 2, 0xF8, toRgb15>;
@@ -43,35 +43,35 @@ using Blend16 = Blend16Bit<0x7BEF, 8, 3, 0xFC, toRgb16>;
 struct Blend24 {
     using Pixel = ColorEntry;
     static Pixel plain(std::uint32_t color) { return fromRgbWord(color); }
-    static Pixel half(Pixel layer, std::uint32_t color) {
-        return fromRgbWord((toRgb32(layer) >> 1 & 0x7F7F7F) + (color >> 1 & 0x7F7F7F));
+    static Pixel half(Pixel buffer, std::uint32_t color) {
+        return fromRgbWord((toRgb32(buffer) >> 1 & 0x7F7F7F) + (color >> 1 & 0x7F7F7F));
     }
-    static Pixel mix(Pixel layer, std::uint32_t color, std::uint32_t a) {
+    static Pixel mix(Pixel buffer, std::uint32_t color, std::uint32_t a) {
         const ColorEntry c = fromRgbWord(color);
-        return {static_cast<std::uint8_t>(mixChannel(layer.blue, c.blue, a)),
-                static_cast<std::uint8_t>(mixChannel(layer.green, c.green, a)),
-                static_cast<std::uint8_t>(mixChannel(layer.red, c.red, a))};
+        return {static_cast<std::uint8_t>(mixChannel(buffer.blue, c.blue, a)),
+                static_cast<std::uint8_t>(mixChannel(buffer.green, c.green, a)),
+                static_cast<std::uint8_t>(mixChannel(buffer.red, c.red, a))};
     }
 };
 
 struct Blend32 {
     using Pixel = std::uint32_t;
     static Pixel plain(std::uint32_t color) { return color; }
-    static Pixel half(Pixel layer, std::uint32_t color) {
-        return (layer >> 1 & 0x7F7F7F7F) + (color >> 1 & 0x7F7F7F7F);
+    static Pixel half(Pixel buffer, std::uint32_t color) {
+        return (buffer >> 1 & 0x7F7F7F7F) + (color >> 1 & 0x7F7F7F7F);
     }
-    static Pixel mix(Pixel layer, std::uint32_t color, std::uint32_t a) {
+    static Pixel mix(Pixel buffer, std::uint32_t color, std::uint32_t a) {
         // Red and blue in one product: a channel times 128 stays below the next one.
-        return (mixChannel(layer & 0xFF00FF, color & 0xFF00FF, a) & 0xFF00FF) |
-               mixChannel(layer >> 8 & 0xFF, color >> 8 & 0xFF, a) << 8;
+        return (mixChannel(buffer & 0xFF00FF, color & 0xFF00FF, a) & 0xFF00FF) |
+               mixChannel(buffer >> 8 & 0xFF, color >> 8 & 0xFF, a) << 8;
     }
 };
 
 template <class Blend>
-void blendRows(const PixelRows& layer, const ConstPixelRows& icon, Extent extent, const IconTables& tables) {
+void blendRows(const PixelRows& buffer, const ConstPixelRows& icon, Extent extent, const IconTables& tables) {
     using Pixel = typename Blend::Pixel;
     for (std::ptrdiff_t y = 0; y < extent.height; ++y) {
-        std::uint8_t* out = layer.data + y * layer.stride;
+        std::uint8_t* out = buffer.data + y * buffer.stride;
         const std::uint8_t* in = icon.data + y * icon.stride;
         for (std::ptrdiff_t x = 0; x < extent.width; ++x, out += sizeof(Pixel)) {
             const std::uint8_t a = tables.weight[in[x]];
@@ -94,27 +94,27 @@ std::uint8_t iconWeight(std::uint8_t transparency) {
     return weightTable[std::min<std::size_t>(transparency, weightTable.size() - 1)];
 }
 
-void blendIcon(LayerFormat format, const PixelRows& layer, const ConstPixelRows& icon, Extent extent,
+void blendIcon(PixelFormat format, const PixelRows& buffer, const ConstPixelRows& icon, Extent extent,
                const IconTables& tables) {
     switch (format) {
-    case LayerFormat::Rgb15:
-        return blendRows<Blend15>(layer, icon, extent, tables);
-    case LayerFormat::Rgb16:
-        return blendRows<Blend16>(layer, icon, extent, tables);
-    case LayerFormat::Rgb24:
-        return blendRows<Blend24>(layer, icon, extent, tables);
-    case LayerFormat::Rgb32:
-        return blendRows<Blend32>(layer, icon, extent, tables);
-    case LayerFormat::Pal8:
-    case LayerFormat::Unspecified:
+    case PixelFormat::Rgb15:
+        return blendRows<Blend15>(buffer, icon, extent, tables);
+    case PixelFormat::Rgb16:
+        return blendRows<Blend16>(buffer, icon, extent, tables);
+    case PixelFormat::Rgb24:
+        return blendRows<Blend24>(buffer, icon, extent, tables);
+    case PixelFormat::Rgb32:
+        return blendRows<Blend32>(buffer, icon, extent, tables);
+    case PixelFormat::Pal8:
+    case PixelFormat::Unspecified:
         return;
     }
 }
 
-void drawIconIndices(const PixelRows& layer, const ConstPixelRows& icon, Extent extent,
+void drawIconIndices(const PixelRows& buffer, const ConstPixelRows& icon, Extent extent,
                      const IconIndexTables& tables) {
     for (std::ptrdiff_t y = 0; y < extent.height; ++y) {
-        std::uint8_t* out = layer.data + y * layer.stride;
+        std::uint8_t* out = buffer.data + y * buffer.stride;
         const std::uint8_t* in = icon.data + y * icon.stride;
         for (std::ptrdiff_t x = 0; x < extent.width; ++x)
             out[x] = tables.transparent[in[x]] ? out[x] : tables.index[in[x]];

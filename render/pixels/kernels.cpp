@@ -29,57 +29,58 @@ std::int64_t clampIndex(std::int64_t index, std::int32_t size) {
     return std::clamp<std::int64_t>(index, 0, std::int64_t{size} - 1);
 }
 
-// Walks the source pixels that the destination shows, one step for each destination pixel from first on.
-class NearestWalk {
+// The two ways to read the source pixels that the destination shows: each hands out one index for each
+// destination pixel, from the first on.
+
+// Whole scales: each source pixel becomes a block of k destination pixels, counted from the scaled image's
+// corner, so that a part shows what the whole shows there.
+class BlockWalk {
 public:
-    NearestWalk(std::int32_t first, double scale, std::int32_t sourceSize)
-        : position_(first), inverse_(1.0 / scale), sourceSize_(sourceSize), block_(wholeScale(scale)) {
-        if (block_ == 0)
-            return;
-        const double start = first / scale;
-        index_ = cutToInt64(std::floor(start));
-        phase_ = cutToInt64((start - std::floor(start)) * scale);
-        nextBlockIfDone();
-    }
+    BlockWalk(std::int32_t first, std::int32_t k, std::int32_t sourceSize)
+        : index_(floorDiv(first, k)), phase_(first - index_ * k), k_(k), sourceSize_(sourceSize) {}
 
     std::int64_t next() {
-        if (block_ == 0)
-            return clampIndex(cutToInt64(static_cast<double>(position_++) * inverse_), sourceSize_);
         const std::int64_t index = clampIndex(index_, sourceSize_);
-        ++phase_;
-        nextBlockIfDone();
+        if (++phase_ == k_) {
+            phase_ = 0;
+            ++index_;
+        }
         return index;
     }
 
 private:
-    // Rounding may make even the first phase a whole block.
-    void nextBlockIfDone() {
-        if (phase_ == block_) {
-            phase_ = 0;
-            ++index_;
-        }
+    static std::int64_t floorDiv(std::int64_t a, std::int64_t b) { return a / b - (a % b < 0 ? 1 : 0); }
+
+    std::int64_t index_;
+    std::int64_t phase_;
+    std::int32_t k_;
+    std::int32_t sourceSize_;
+};
+
+// All other scales: each position is computed by itself.
+class PositionWalk {
+public:
+    PositionWalk(std::int32_t first, double scale, std::int32_t sourceSize)
+        : position_(first), inverse_(1.0 / scale), sourceSize_(sourceSize) {}
+
+    std::int64_t next() {
+        return clampIndex(cutToInt64(static_cast<double>(position_++) * inverse_), sourceSize_);
     }
 
+private:
     std::int64_t position_;
     double inverse_;
     std::int32_t sourceSize_;
-    std::int32_t block_; // destination pixels for each source pixel; 0: not whole, computed singly
-    std::int64_t index_ = 0;
-    std::int64_t phase_ = 0;
 };
 
-template <class Pixel>
-void resampleNearest(const PlaneView& source, const PixelRows& destination, double scale,
-                     const Rect& target) {
-    if (source.width <= 0 || source.height <= 0 || target.empty())
-        return;
+template <class Pixel, class Walk>
+void resampleRows(const PlaneView& source, const PixelRows& destination, const Rect& target, Walk columnWalk,
+                  Walk rowWalk) {
     const std::int64_t width = target.width();
     std::vector<std::int32_t> columns(static_cast<std::size_t>(width));
-    NearestWalk columnWalk(target.left, scale, source.width);
     for (std::int32_t& column : columns)
         column = static_cast<std::int32_t>(columnWalk.next());
 
-    NearestWalk rowWalk(target.top, scale, source.height);
     std::int64_t shownRow = -1;
     for (std::int64_t y = 0; y < target.height(); ++y) {
         std::uint8_t* out = destination.data + y * destination.stride;
@@ -94,6 +95,21 @@ void resampleNearest(const PlaneView& source, const PixelRows& destination, doub
         writeRow<Pixel>(out, width, [=](std::ptrdiff_t x) {
             return loadPixel<Pixel>(in + std::ptrdiff_t{column[x]} * sizeof(Pixel));
         });
+    }
+}
+
+template <class Pixel>
+void resampleNearest(const PlaneView& source, const PixelRows& destination, double scale,
+                     const Rect& target) {
+    const auto [width, height] = source.extent;
+    if (source.extent.empty() || target.empty())
+        return;
+    if (const std::int32_t k = wholeScale(scale)) {
+        resampleRows<Pixel>(source, destination, target, BlockWalk(target.left, k, width),
+                            BlockWalk(target.top, k, height));
+    } else {
+        resampleRows<Pixel>(source, destination, target, PositionWalk(target.left, scale, width),
+                            PositionWalk(target.top, scale, height));
     }
 }
 
@@ -167,7 +183,7 @@ void fillPixels(std::uint8_t* out, std::int64_t count, Pixel pixel) {
 
 template <class Pixel>
 void resampleCentre(const PlaneView& source, const PixelRows& destination, double scale, const Rect& target) {
-    if (source.width <= 0 || source.height <= 0 || target.width() < 3 || target.height() < 3)
+    if (source.extent.empty() || target.width() < 3 || target.height() < 3)
         return;
     const double inverse = 1.0 / scale;
     const double offset = wholeScale(scale) != 0 ? 0.5 - 0.5 * inverse : 0.5;
@@ -175,20 +191,16 @@ void resampleCentre(const PlaneView& source, const PixelRows& destination, doubl
     const auto end = [=](std::int32_t size) {
         return cutToInt64(std::ceil((size - offset) * scale)) - 1;
     };
-    const std::int64_t columnEnd = end(source.width);
-    const std::int64_t rowEnd = end(source.height);
+    const std::int64_t columnEnd = end(source.extent.width);
+    const std::int64_t rowEnd = end(source.extent.height);
     if (first >= columnEnd || first >= rowEnd)
         return resampleNearest<Pixel>(source, destination, scale, target);
 
     const CentreAxis columns(target.left, target.right, first, columnEnd);
     const CentreAxis rows(target.top, target.bottom, first, rowEnd);
-    const CentreRun run(columns, inverse, offset, source.width);
+    const CentreRun run(columns, inverse, offset, source.extent.width);
 
-    // A buffer of the run's pixels would be larger than the target allows when the scale is small: most of
-    // them are then never sampled, and the steps go through the source row itself.
-    const bool buffered = run.length <= 4 * columns.inner + 2;
-    std::vector<std::uint8_t> buffer(buffered ? static_cast<std::size_t>(run.length) * sizeof(Pixel) : 0);
-
+    std::vector<std::uint8_t> buffer(static_cast<std::size_t>(run.length) * sizeof(Pixel));
     constexpr std::int64_t size = sizeof(Pixel);
     const std::int64_t rowBytes = target.width() * size;
     const auto outputRow = [&](std::int64_t y) {
@@ -199,17 +211,14 @@ void resampleCentre(const PlaneView& source, const PixelRows& destination, doubl
     std::int64_t shownRow = -1;
     for (std::int64_t y = rows.before; y < rows.before + rows.inner; ++y, rowPosition += run.step) {
         std::uint8_t* out = outputRow(y);
-        const std::int64_t row = clampIndex(wholePart(rowPosition), source.height);
+        const std::int64_t row = clampIndex(wholePart(rowPosition), source.extent.height);
         if (row == shownRow) {
             std::memcpy(out, out - destination.stride, static_cast<std::size_t>(rowBytes));
             continue;
         }
         shownRow = row;
-        const std::uint8_t* in = source.data + row * source.stride + run.start * size;
-        if (buffered) {
-            std::memcpy(buffer.data(), in, buffer.size());
-            in = buffer.data();
-        }
+        const std::uint8_t* in = buffer.data();
+        std::memcpy(buffer.data(), source.data + row * source.stride + run.start * size, buffer.size());
         std::uint8_t* inner = out + columns.before * size;
         writeRow<Pixel>(inner, run.stepped, [in, position = run.position, step = run.step](std::ptrdiff_t x) {
             return loadPixel<Pixel>(in + wholePart(position + static_cast<std::uint64_t>(x) * step) * size);

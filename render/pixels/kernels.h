@@ -3,7 +3,8 @@
 // target is a rectangle in scaled-image coordinates (the whole scaled image starts at (0, 0)); its pixel
 // (left, top) goes to destination.data. No pixel outside the source is ever read: an index that would leave
 // it is held at its edge. A source without pixels and an empty target write nothing. Both throw
-// std::bad_alloc; allocations are bounded by the target's size.
+// std::bad_alloc; allocations are bounded by the target's width, and with the centre-aligned method by the
+// source's.
 #pragma once
 
 #include "render/pixels/geometry.h"
@@ -11,8 +12,8 @@
 
 namespace talx {
 
-// Nearest neighbour: destination pixel x shows source pixel trunc(x * (1 / scale)), whole scales as k x k
-// blocks.
+// Nearest neighbour: destination pixel x shows source pixel trunc(x * (1 / scale)); at a scale within 1e-10
+// of a whole number k, source pixel x div k. A part of the target shows what the whole shows there.
 void resampleNearest8(const PlaneView& source, const PixelRows& destination, double scale,
                       const Rect& target);
 void resampleNearest16(const PlaneView& source, const PixelRows& destination, double scale,

@@ -1,13 +1,19 @@
-// Layer pixel formats: the codes, the memory they describe and the conversion of a colour to a pixel.
+// Pixel formats of the composition buffer: the codes, the memory they describe and the conversion of a colour
+// to a pixel.
+//
+// Switches over a format name every one of them and have no default, so that one that is forgotten does not
+// compile; what follows the switch answers numbers from outside that are no format.
 #pragma once
+
+#include "render/pixels/geometry.h"
 
 #include <cstddef>
 #include <cstdint>
 
 namespace talx {
 
-// The pixel format of a layer; the values are those of TalRenderTargetFormatConstants.
-enum class LayerFormat : std::int32_t {
+// The pixel format of a buffer; the values are those of TalRenderTargetFormatConstants.
+enum class PixelFormat : std::int32_t {
     Unspecified = 0, // nothing is ever written
     Pal8 = 8,        // one byte: palette index
     Rgb15 = 15,      // 16-bit word, bit 15 zero, 5 bits each of red, green, blue
@@ -16,8 +22,21 @@ enum class LayerFormat : std::int32_t {
     Rgb32 = 32       // 32-bit word 0x00RRGGBB
 };
 
-[[nodiscard]] constexpr int bytesPerPixel(LayerFormat format) {
-    return (static_cast<int>(format) + 1) / 8;
+[[nodiscard]] constexpr int bytesPerPixel(PixelFormat format) {
+    switch (format) {
+    case PixelFormat::Unspecified:
+        return 0;
+    case PixelFormat::Pal8:
+        return 1;
+    case PixelFormat::Rgb15:
+    case PixelFormat::Rgb16:
+        return 2;
+    case PixelFormat::Rgb24:
+        return 3;
+    case PixelFormat::Rgb32:
+        return 4;
+    }
+    return 0;
 }
 
 // A colour; also the three bytes of an Rgb24 pixel.
@@ -72,27 +91,28 @@ static_assert(sizeof(ColorEntry) == 3);
 }
 
 // A colour as a pixel of a format, in the low bits; Rgb24 as Rgb32. 0 for formats that have no colours.
-[[nodiscard]] constexpr std::uint32_t toPixel(LayerFormat format, ColorEntry e) {
+[[nodiscard]] constexpr std::uint32_t toPixel(PixelFormat format, ColorEntry e) {
     switch (format) {
-    case LayerFormat::Rgb15:
+    case PixelFormat::Rgb15:
         return toRgb15(e);
-    case LayerFormat::Rgb16:
+    case PixelFormat::Rgb16:
         return toRgb16(e);
-    case LayerFormat::Rgb24:
-    case LayerFormat::Rgb32:
+    case PixelFormat::Rgb24:
+    case PixelFormat::Rgb32:
         return toRgb32(e);
-    default:
+    case PixelFormat::Pal8:
+    case PixelFormat::Unspecified:
         return 0;
     }
+    return 0;
 }
 
-// The pixels of a layer, top row first. Not owned; valid while the layer is held.
-struct LayerBits {
+// The pixels of a buffer, top row first. Not owned; valid while the buffer is held.
+struct BufferBits {
     std::uint8_t* bits = nullptr;
     std::ptrdiff_t stride = 0; // bytes from row to row
-    std::int32_t width = 0;
-    std::int32_t height = 0;
-    LayerFormat format = LayerFormat::Unspecified;
+    Extent extent;
+    PixelFormat format = PixelFormat::Unspecified;
 
     [[nodiscard]] std::uint8_t* at(std::int32_t x, std::int32_t y) const {
         return bits + y * stride + std::ptrdiff_t{x} * bytesPerPixel(format);
@@ -104,8 +124,7 @@ struct LayerBits {
 struct PlaneView {
     const std::uint8_t* data = nullptr; // pixel (0, 0)
     std::ptrdiff_t stride = 0;          // bytes from row to row
-    std::int32_t width = 0;
-    std::int32_t height = 0;
+    Extent extent;
 };
 
 // Pixels to be written: the destination of a kernel or a row converter. Not owned.

@@ -91,23 +91,23 @@ template void convertMaskedRange16(const PixelRows&, const ConstPixelRows&, cons
 template void convertMaskedRange16(const PixelRows&, const ConstPixelRows&, const ConstPixelRows&, Extent,
                                    const std::uint32_t*, std::uint32_t, std::uint32_t);
 
-void convertColor(LayerFormat format, const PixelRows& destination, const ConstPixelRows& red,
+void convertColor(PixelFormat format, const PixelRows& destination, const ConstPixelRows& red,
                   const ConstPixelRows& green, const ConstPixelRows& blue, Extent extent) {
     using U32 = std::uint32_t;
     const auto pack = [&](auto pixel) {
         packRows(destination, red, green, blue, extent, pixel);
     };
     switch (format) {
-    case LayerFormat::Rgb15:
+    case PixelFormat::Rgb15:
         return pack([](U32 r, U32 g, U32 b) { return toRgb15(r, g, b); });
-    case LayerFormat::Rgb16:
+    case PixelFormat::Rgb16:
         return pack([](U32 r, U32 g, U32 b) { return toRgb16(r, g, b); });
-    case LayerFormat::Rgb24:
+    case PixelFormat::Rgb24:
         return pack([](U32 r, U32 g, U32 b) { return fromRgbWord(toRgb32(r, g, b)); });
-    case LayerFormat::Rgb32:
+    case PixelFormat::Rgb32:
         return pack([](U32 r, U32 g, U32 b) { return toRgb32(r, g, b); });
-    case LayerFormat::Pal8:
-    case LayerFormat::Unspecified:
+    case PixelFormat::Pal8:
+    case PixelFormat::Unspecified:
         return;
     }
 }

@@ -32,7 +32,7 @@ struct DdrawView {
     HRESULT initialize() const {
         return engine->Initialize(reinterpret_cast<__int64>(GetDesktopWindow()), width, height);
     }
-    [[nodiscard]] FakeObject& layer() { return *display.surfaces.at("layer"); }
+    [[nodiscard]] FakeObject& buffer() { return *display.surfaces.at("buffer"); }
 
     FakeDisplay display{engineModule()};
     ComPtr<ITalRenderEngine2> engine;

@@ -18,7 +18,7 @@ TEST(DdrawDrawing, BothEnginesPaintTheSamePixels) {
         const BitmapBits bits = gdi.bits();
         for (int i = 0; i < DdrawView::width * DdrawView::height; ++i) {
             const int x = i % DdrawView::width, y = i / DdrawView::width;
-            ASSERT_EQ(bits.pixel(x, y), view.layer().pixel(x, y)) << x << ", " << y;
+            ASSERT_EQ(bits.pixel(x, y), view.buffer().pixel(x, y)) << x << ", " << y;
         }
     }
 }
@@ -28,7 +28,7 @@ TEST(DdrawDrawing, NothingIsDrawnWhereItCannotBe) {
     DdrawView odd(12); // no format that the engine knows: only fills, with 0
     ASSERT_EQ(S_OK, odd.initialize());
     paintScene(odd.engine);
-    const auto& memory = odd.layer().memory;
+    const auto& memory = odd.buffer().memory;
     EXPECT_EQ(DdrawView::width * DdrawView::height, std::count(memory.begin(), memory.end(), 0));
 
     DdrawView changed; // the screen was given another depth meanwhile
@@ -46,17 +46,17 @@ TEST(DdrawDrawing, SurfacesThatAreLostFailOrAreMissing) {
     const struct {
         std::function<HRESULT()> call;
         std::string step;
-        const wchar_t *text, *textWithoutLayer; // null: without error information; success
-        HRESULT withoutLayer;
+        const wchar_t *text, *textWithoutBuffer; // null: without error information; success
+        HRESULT withoutBuffer;
     } methods[] = {
-        {[&] { return engine->Fill(0, 0, 0, 5, 5, 0); }, "layer.Blt", L"Color fill Blt failed.",
+        {[&] { return engine->Fill(0, 0, 0, 5, 5, 0); }, "buffer.Blt", L"Color fill Blt failed.",
          bltFailedText, E_FAIL},
-        {[&] { return engine->GetDrawContext(0, &dc); }, "layer.GetDC", L"Surface GetDC failed.",
+        {[&] { return engine->GetDrawContext(0, &dc); }, "buffer.GetDC", L"Surface GetDC failed.",
          L"Surface GetDC failed.", E_FAIL},
-        {[&] { return engine->ReleaseDrawContext(0, dc); }, "layer.ReleaseDC", nullptr, nullptr, S_OK},
-        {[&] { return engine->DrawImage(0, icon.image.image(), 0, 0, 1, 0, 0, 9, 9, 0); }, "layer.Lock",
+        {[&] { return engine->ReleaseDrawContext(0, dc); }, "buffer.ReleaseDC", nullptr, nullptr, S_OK},
+        {[&] { return engine->DrawImage(0, icon.image.image(), 0, 0, 1, 0, 0, 9, 9, 0); }, "buffer.Lock",
          L"DrawImage", nullptr, S_OK},
-        {[&] { return icon.draw(engine, 0, 0); }, "layer.Lock", L"DrawIcon8", nullptr, S_OK},
+        {[&] { return icon.draw(engine, 0, 0); }, "buffer.Lock", L"DrawIcon8", nullptr, S_OK},
         {[&] { return engine->RefreshScreen(0, 0, 0, 0, 9, 9); }, "primary.Blt", bltFailedText, bltFailedText,
          E_INVALIDARG}};
     const auto expectResult = [](HRESULT hr, const wchar_t* text, HRESULT actual) {
@@ -69,14 +69,14 @@ TEST(DdrawDrawing, SurfacesThatAreLostFailOrAreMissing) {
     for (const auto& method : methods) {
         SCOPED_TRACE(method.step);
         const bool refresh = method.step == "primary.Blt";
-        view.layer().lost = true;
+        view.buffer().lost = true;
         view.display.refuse.clear();
         view.display.takeCalls();
         expectResult(refresh ? FakeDisplay::surfaceLost : S_OK, refresh ? method.text : nullptr,
                      method.call());
-        EXPECT_EQ(refresh ? "primary.Blt" : "layer.Restore",
-                  view.display.calls[0].substr(0, 13 - 2 * refresh));
-        view.layer().lost = false;
+        EXPECT_EQ(refresh ? "primary.Blt" : "buffer.Restore",
+                  view.display.calls[0].substr(0, 14 - 3 * refresh));
+        view.buffer().lost = false;
         view.display.refuse = {method.step};
         expectResult(method.text ? FakeDisplay::failure : E_FAIL, method.text, method.call());
     }
@@ -84,7 +84,7 @@ TEST(DdrawDrawing, SurfacesThatAreLostFailOrAreMissing) {
     EXPECT_EQ(S_OK, engine->SetExtent(10, 10));
     for (const auto& method : methods) {
         SCOPED_TRACE(method.step);
-        expectResult(method.withoutLayer, method.textWithoutLayer, method.call());
+        expectResult(method.withoutBuffer, method.textWithoutBuffer, method.call());
     }
 }
 
@@ -104,23 +104,23 @@ TEST(DdrawDrawing, CallsThatReachTheSurfaces) {
     EXPECT_EQ(S_OK, engine->RefreshScreen(0, 0, 5, 5, 5, 9));
     EXPECT_EQ(S_OK, engine->GetDrawContext(3, &dc));
     EXPECT_EQ(S_OK, engine->ReleaseDrawContext(3, dc));
-    view.display.refuse = {"layer.Lock", "layer.GetDC"};
+    view.display.refuse = {"buffer.Lock", "buffer.GetDC"};
     EXPECT_EQ(FakeDisplay::failure, icon.draw(engine, 0, 0));
     EXPECT_EQ(FakeDisplay::failure, engine->GetDrawContext(0, &dc));
     view.display.refuse.clear();
     view.display.context = 0;
     expectDirectDrawError(E_FAIL, L"Surface GetDC failed.", engine->GetDrawContext(0, &dc));
     const Calls expected{
-        "layer.Blt (0,20,8,30) none all 1000400 f821",
-        "primary.Blt (2147483647,-2147483648,2147483647,-2147483638) layer (5,0,40,10) 1000000 0",
-        "layer.GetDC",
-        "layer.ReleaseDC 0x5a5a",
-        "layer.Lock all (0,0,0,0) caps 0 1",
-        "layer.Unlock",
-        "layer.GetDC",
-        "layer.ReleaseDC 0x5a5a",
-        "layer.GetDC",
-        "layer.ReleaseDC 0"};
+        "buffer.Blt (0,20,8,30) none all 1000400 f821",
+        "primary.Blt (2147483647,-2147483648,2147483647,-2147483638) buffer (5,0,40,10) 1000000 0",
+        "buffer.GetDC",
+        "buffer.ReleaseDC 0x5a5a",
+        "buffer.Lock all (0,0,0,0) caps 0 1",
+        "buffer.Unlock",
+        "buffer.GetDC",
+        "buffer.ReleaseDC 0x5a5a",
+        "buffer.GetDC",
+        "buffer.ReleaseDC 0"};
     EXPECT_EQ(expected, view.display.calls);
 }
 

@@ -139,14 +139,14 @@ HRESULT WINAPI blt(IDirectDrawSurface* self, RECT* to, IDirectDrawSurface* from,
     return S_OK;
 }
 
-// Lock, and GetSurfaceDesc as a lock that nobody sees.
+// GetSurfaceDesc, which also knows lost surfaces, and Lock.
 HRESULT describe(HRESULT hr, FakeObject& surface, DDSURFACEDESC& d) {
     d.dwWidth = static_cast<DWORD>(surface.width);
     d.dwHeight = static_cast<DWORD>(surface.height);
     d.lPitch = surface.pitch();
     d.ddpfPixelFormat.dwRGBBitCount = surface.display.bits;
     d.lpSurface = FAILED(hr) ? nullptr : surface.memory.data();
-    return SUCCEEDED(hr) && surface.lost ? FakeDisplay::surfaceLost : hr;
+    return hr;
 }
 
 const auto surfaceMethods = [](auto& t) {
@@ -175,7 +175,8 @@ const auto surfaceMethods = [](auto& t) {
         return describe(record(self, "GetSurfaceDesc"), of(self), *d);
     };
     t.Lock = [](IDirectDrawSurface* self, RECT* rect, DDSURFACEDESC* d, DWORD flags, HANDLE) {
-        return describe(record(self, "Lock", rect, d, flags), of(self), *d);
+        const HRESULT hr = describe(record(self, "Lock", rect, d, flags), of(self), *d);
+        return SUCCEEDED(hr) && of(self).lost ? FakeDisplay::surfaceLost : hr;
     };
     t.Unlock = recorded<"Unlock">;
     t.GetDC = [](IDirectDrawSurface* self, HDC* dc) {
@@ -201,7 +202,7 @@ const auto deviceMethods = [](auto& t) {
         const auto* v = static_cast<D3DTLVERTEX*>(vertices);
         RECT r{LONG(v[0].sx + 0.5f), LONG(v[0].sy + 0.5f), LONG(v[3].sx + 0.5f), LONG(v[3].sy + 0.5f)};
         r.bottom = FAILED(hr) ? (r.top + r.bottom) / 2 : r.bottom;
-        paint(*of(self).display.surfaces.at("layer"), r, [](int, int) { return &FakeDisplay::drawnColor; });
+        paint(*of(self).display.surfaces.at("buffer"), r, [](int, int) { return &FakeDisplay::drawnColor; });
         return hr;
     };
 };
@@ -235,10 +236,10 @@ const auto directDrawMethods = [](auto& t) {
     t.CreateSurface = [](IDirectDraw* self, DDSURFACEDESC* d, IDirectDrawSurface** result, IUnknown*) {
         FakeDisplay& display = of(self).display;
         const DWORD caps = d->ddsCaps.dwCaps;
-        const std::string name = caps & DDSCAPS_PRIMARYSURFACE     ? "primary"
-                                 : caps & DDSCAPS_TEXTURE          ? "texture"
-                                 : display.surfaces.count("layer") ? "saved"
-                                                                   : "layer";
+        const std::string name = caps & DDSCAPS_PRIMARYSURFACE      ? "primary"
+                                 : caps & DDSCAPS_TEXTURE           ? "texture"
+                                 : display.surfaces.count("buffer") ? "saved"
+                                                                    : "buffer";
         const HRESULT hr = make(record(self, "CreateSurface " + name, d), name, result, surfaceMethods);
         if (SUCCEEDED(hr)) {
             FakeObject& surface = *(display.surfaces[name] = &of(*result));

@@ -59,7 +59,7 @@ struct FakeDisplay {
     Calls takeCalls() { return std::exchange(calls, {}); }
     [[nodiscard]] bool called(const std::string& beginning) const;
 
-    std::map<std::string, FakeObject*> surfaces; // "primary" (without pixels), "layer", "texture", "saved"
+    std::map<std::string, FakeObject*> surfaces; // "primary" (without pixels), "buffer", "texture", "saved"
     std::array<PALETTEENTRY, 256> palette{};     // of the last CreatePalette
     int objects = 0;
 

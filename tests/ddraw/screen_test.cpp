@@ -28,12 +28,12 @@ TEST(DdrawScreen, PaintsAsTheOtherEngineAndShowsItInPlace) {
 
     __int64 dc = 0;
     ASSERT_EQ(S_OK, engine->GetDrawContext(0, &dc));
-    const BitmapBits layer(GetCurrentObject(reinterpret_cast<HDC>(dc), OBJ_BITMAP)), expected = gdi.bits();
-    ASSERT_EQ(depth, layer.bitsPerPixel());
+    const BitmapBits buffer(GetCurrentObject(reinterpret_cast<HDC>(dc), OBJ_BITMAP)), expected = gdi.bits();
+    ASSERT_EQ(depth, buffer.bitsPerPixel());
     int rounded = 0;
     for (int i = 0; i < 3 * 40 * 30; ++i) {
         const int x = i / 3 % 40, y = i / 120, shift = i % 3 * 8;
-        const int e = expected.pixel(x, y) >> shift & 255, a = layer.pixel(x, y) >> shift & 255;
+        const int e = expected.pixel(x, y) >> shift & 255, a = buffer.pixel(x, y) >> shift & 255;
         const int allowed = depth == 32 && x >= 12 && x < 32 && y < 16 ? 2 : 0; // the icon
         rounded += std::abs(e - a);
         ASSERT_LE(std::abs(e - a), allowed) << x << ", " << y << ": " << a << ", not " << e;

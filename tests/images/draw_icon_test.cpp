@@ -48,8 +48,8 @@ TEST_P(DrawIcon8, ShowsWhatTheModelShows) {
         const int left = random.between(-9, 60), top = random.between(-9, 46);
         const model::Rect clip =
             random.oneIn(2) ? everywhere : model::Rect{left, top, left + random.between(0, 40), top + 25};
-        LayerTwin twin(*this, random);
-        model::drawIcon(twin.layer, twinIcon, x, y, scale, clip,
+        BufferTwin twin(*this, random);
+        model::drawIcon(twin.buffer, twinIcon, x, y, scale, clip,
                         [this](model::Color c) { return nearestIndex(RGB(c.red, c.green, c.blue)); });
         EXPECT_EQ(S_OK, drawIcon(icon, maps, x, y, scale, clip));
         ASSERT_TRUE(twin.holds()) << "case " << number << " of seed " << seed();
@@ -63,7 +63,7 @@ TEST_P(DrawIcon8, RefusesArraysOfAnotherShape) {
         narrow(VT_I2, 256), fewBytes(VT_UI1, 255), wide(VT_R8, 256), flat(VT_I4, 256, 0, 2),
         flatBytes(VT_UI1, 256, 0, 2), manyColors(VT_UI4, 300, -7), manyBytes(VT_I1, 300, 44);
     SAFEARRAY* null = nullptr;
-    LayerTwin twin(*this, random);
+    BufferTwin twin(*this, random);
     const auto call = [&](SAFEARRAY** colorMap, SAFEARRAY** transparencyMap, ITalImage8Grey* image) {
         return engine->DrawIcon8(0, image, colorMap, transparencyMap, 0, 0, 1, 0, 0, 9, 9);
     };
@@ -107,9 +107,9 @@ TEST_P(DrawIcon8, AsksOnlyForColorsThatShow) {
             IconMaps maps;
             maps.colors[index] = bad;
             maps.transparency[index] = static_cast<BYTE>(transparency);
-            LayerTwin twin(*this, random);
+            BufferTwin twin(*this, random);
             const HRESULT hr = drawIcon(icon, maps);
-            // A palettised layer needs the colour of everything but the opaque, any other of everything
+            // A palettised buffer needs the colour of everything but the opaque, any other of everything
             // visible.
             if (format() == 8 ? transparency != 0 : transparency < 100) {
                 expectError(OleTranslateColor(bad, nullptr, &unused), L"DrawIcon8", hr);

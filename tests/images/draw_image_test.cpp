@@ -34,7 +34,11 @@ public:
             EXPECT_EQ(S_OK, engine->put_Image8GreyColorMap(k, ole));
             EXPECT_EQ(S_OK, engine->get_Image8GreyColorMap(k, &read));
             EXPECT_EQ(translated(ole), read);
-            writeRamp(state.grey8.size());
+            if (state.grey8.size() <= k) {
+                const std::size_t from = state.grey8.size();
+                state.grey8.resize(k + 1);
+                writeRamp(from, k + 1);
+            }
             state.grey8[k] = fromColorRef(translated(ole));
             state.paletteIndex[k] = test_.format() == 8 ? test_.nearestIndex(translated(ole)) : 0;
             isSet_ = true;
@@ -94,9 +98,9 @@ private:
     bool reads(MapGetter get, const std::vector<model::Color>& colors) {
         return std::ranges::equal(readMap(test_.engine.Get(), get), colors, {}, {}, rgbWord);
     }
-    void writeRamp(std::size_t from) {
-        state.grey8.resize(std::max<std::size_t>(state.grey8.size(), 256));
-        for (std::size_t g = from; g < 256; ++g) {
+    void writeRamp(std::size_t from, std::size_t to = 256) {
+        state.grey8.resize(std::max(state.grey8.size(), to));
+        for (std::size_t g = from; g < to; ++g) {
             state.grey8[g] = fromColorRef(RGB(g, g, g));
         }
     }
@@ -159,8 +163,8 @@ TEST_P(DrawImage, ShowsWhatTheModelShows) {
         const model::Rect clip =
             random.oneIn(2) ? everywhere : model::Rect{left, top, left + side(), top + 25};
         setMethod(method);
-        LayerTwin twin(*this, random);
-        model::drawImage(twin.layer, picture.twin, colors.state, x, y, scale, clip, method);
+        BufferTwin twin(*this, random);
+        model::drawImage(twin.buffer, picture.twin, colors.state, x, y, scale, clip, method);
         EXPECT_EQ(S_OK, engine->DrawImage(random.word(), picture.image->image(), x, y, scale, clip.left,
                                           clip.top, clip.right, clip.bottom, random.word()));
         EXPECT_TRUE(twin.holds());
@@ -168,7 +172,7 @@ TEST_P(DrawImage, ShowsWhatTheModelShows) {
     }
 }
 
-// The layer stays as it was, the image checks that everything is released, and the next one is drawn.
+// The buffer stays as it was, the image checks that everything is released, and the next one is drawn.
 TEST_P(DrawImage, ReportsEveryFailureOfAnImage) {
     const auto expected = [](model::Kind kind, ImageStep step, int plane,
                              HRESULT fault) -> std::optional<HRESULT> {
@@ -207,7 +211,7 @@ TEST_P(DrawImage, ReportsEveryFailureOfAnImage) {
             continue;
         }
         SCOPED_TRACE(i);
-        LayerTwin twin(*this, random);
+        BufferTwin twin(*this, random);
         picture.image->fault = {step, fault, plane, (i & 6) == 6, {}};
         expectFailure(*result, draw(picture.image->image(), scale));
         if (kind == model::Kind::grey8) {
@@ -219,7 +223,7 @@ TEST_P(DrawImage, ReportsEveryFailureOfAnImage) {
         EXPECT_FALSE(twin.holds());
     }
     Random random(1);
-    LayerTwin twin(*this, random);
+    BufferTwin twin(*this, random);
     TestImage other(ImageKind::none, 10, 10, {}), less(ImageKind::grey8, -10, -10, {{&twin, 10}});
     EXPECT_EQ(S_OK, draw(less.image(), -1));
     EXPECT_EQ(S_OK, draw(nullptr));
@@ -249,7 +253,7 @@ TEST_P(DrawImage, ReportsThatItCannotScale) {
         Random random(way);
         TwinImage picture(random, store, static_cast<model::Kind>(format() == 8 ? 0 : way % 4), 20, 20);
         TestImage noMemory(ImageKind::grey8, 1, 1, {{nullptr, 0}});
-        LayerTwin twin(*this, random);
+        BufferTwin twin(*this, random);
         const HRESULT created = way < 4 ? REGDB_E_CLASSNOTREG : way < 8 ? E_OUTOFMEMORY : E_NOINTERFACE;
         {
             const ImportHook<HOOK(CoCreateInstance)> hook(
@@ -265,7 +269,7 @@ TEST_P(DrawImage, ReportsThatItCannotScale) {
         FailurePlan plan;
         const FailingImport<"malloc", void*(std::size_t)> engineMemory(engineModule(), plan);
         plan.sweep([&] {
-            LayerTwin now(*this, random);
+            BufferTwin now(*this, random);
             if (const HRESULT hr = draw(picture.image->image(), way < 8 ? 2 : 0.7); hr != S_OK) {
                 expectError(E_OUTOFMEMORY, L"DrawImage", hr);
                 EXPECT_TRUE(now.holds());

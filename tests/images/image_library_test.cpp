@@ -179,8 +179,8 @@ TEST_P(ImageLibraryDrawn, ShowsWhatTheModelShows) {
         ComPtr<ITalImage16Grey> grey16;
         EXPECT_EQ(S_OK, memory.As(&image));
         EXPECT_TRUE(FAILED(memory.As(&grey16)) || grey16->put_DepthCode(depth) == S_OK);
-        LayerTwin twin(*this, random);
-        model::drawImage(twin.layer, picture.twin, colors, 3, -2, scale, everywhere, 0);
+        BufferTwin twin(*this, random);
+        model::drawImage(twin.buffer, picture.twin, colors, 3, -2, scale, everywhere, 0);
         EXPECT_EQ(S_OK, engine->DrawImage(0, image.Get(), 3, -2, scale, least, least, most, most, 0));
         ASSERT_TRUE(twin.holds()) << "case " << number;
     }

@@ -103,31 +103,31 @@ struct TwinImage {
 
 // What the composition bitmap must hold: random pixels that are there already, until the model draws over
 // them.
-class LayerTwin {
+class BufferTwin {
 public:
-    LayerTwin(const GdiView& view, Random& random)
+    BufferTwin(const GdiView& view, Random& random)
         : bits_(view.bits()),
           memory_(static_cast<std::size_t>(bits_.height()) * bits_.section().dsBm.bmWidthBytes) {
         random.fill(bits_.row(0), memory_.size());
         memory_.assign(bits_.row(0), bits_.row(0) + memory_.size());
-        layer = {formatOf(bits_.section()), bits_.width(), bits_.height(), {}};
-        for (int i = 0; i < layer.width * layer.height; ++i) {
-            layer.pixels.push_back(bits_.pixel(i % layer.width, i / layer.width));
+        buffer = {formatOf(bits_.section()), bits_.width(), bits_.height(), {}};
+        for (int i = 0; i < buffer.width * buffer.height; ++i) {
+            buffer.pixels.push_back(bits_.pixel(i % buffer.width, i / buffer.width));
         }
     }
 
-    model::Layer layer;
+    model::Buffer buffer;
 
     // Whether it does, the bytes between its rows included.
     [[nodiscard]] testing::AssertionResult holds() {
         const int bytes = bits_.bitsPerPixel() / 8;
-        for (int i = 0; i < layer.width * layer.height; ++i) {
-            const int x = i % layer.width, y = i / layer.width;
-            if (layer.pixels[i] != bits_.pixel(x, y)) {
+        for (int i = 0; i < buffer.width * buffer.height; ++i) {
+            const int x = i % buffer.width, y = i / buffer.width;
+            if (buffer.pixels[i] != bits_.pixel(x, y)) {
                 return testing::AssertionFailure() << "pixel (" << x << ", " << y << ") is " << std::hex
-                                                   << bits_.pixel(x, y) << " instead of " << layer.pixels[i];
+                                                   << bits_.pixel(x, y) << " instead of " << buffer.pixels[i];
             }
-            std::memcpy(&memory_[bits_.row(y) - bits_.row(0) + x * bytes], &layer.pixels[i], bytes);
+            std::memcpy(&memory_[bits_.row(y) - bits_.row(0) + x * bytes], &buffer.pixels[i], bytes);
         }
         return testing::AssertionResult(std::memcmp(memory_.data(), bits_.row(0), memory_.size()) == 0)
                << "the padding of the rows was written";

@@ -38,13 +38,12 @@ double wholeNumberAt(double v) {
     return 0.0;
 }
 
-// On one axis: the source index seen at "at" when the part of the scaled image from start on is made.
-std::int64_t nearestIndex(std::int64_t start, std::int64_t at, double scale) {
+// On one axis: the source index seen at "at" of the scaled image.
+std::int64_t nearestIndex(std::int64_t at, double scale) {
     const double k = scale > 1.0 ? wholeNumberAt(scale) : 0.0;
-    if (k != 0.0) { // blocks of k pixels, the first of them begun at a phase
-        const double first = start / scale;
-        const std::int64_t phase = trunc64((first - std::floor(first)) * scale);
-        return trunc64(std::floor(first)) + (phase + (at - start)) / trunc64(k);
+    if (k != 0.0) { // blocks of k pixels
+        const std::int64_t block = trunc64(k);
+        return at >= 0 ? at / block : -((block - 1 - at) / block);
     }
     const double inv = 1.0 / scale;
     return trunc64(at * inv);
@@ -104,13 +103,13 @@ std::uint32_t imagePixel(int format, const Image& image, const ColorState& color
     }
 }
 
-// Hands each layer pixel inside clip that a source placed at (left, top) covers to paint, together with the
+// Hands each buffer pixel inside clip that a source placed at (left, top) covers to paint, together with the
 // position in the source of what is seen there.
 template <class Paint>
-void paintPixels(Layer& layer, const Plane& source, std::int32_t left, std::int32_t top, double scale,
+void paintPixels(Buffer& buffer, const Plane& source, std::int32_t left, std::int32_t top, double scale,
                  const Rect& clip, int scalingMethod, const Paint& paint) {
     const Rect placed = place(left, top, source.width, source.height, scale);
-    const Rect drawn = intersect(intersect(placed, clip), {0, 0, layer.width, layer.height});
+    const Rect drawn = intersect(intersect(placed, clip), {0, 0, buffer.width, buffer.height});
     const Rect target{drawn.left - left, drawn.top - top, drawn.right - left, drawn.bottom - top};
     const bool isUnit = 0.9999999999 < scale && scale < 1.0000000001;
     for (std::int64_t y = target.top; y < target.bottom; ++y) {
@@ -119,7 +118,7 @@ void paintPixels(Layer& layer, const Plane& source, std::int32_t left, std::int3
                                   ? Position{x, y}
                                   : sourceOf(source.width, source.height, scale, target, scalingMethod, x, y);
             if (seen) {
-                paint(layer.at(x + left, y + top), *seen);
+                paint(buffer.at(x + left, y + top), *seen);
             }
         }
     }
@@ -134,7 +133,7 @@ Rect place(std::int32_t sx, std::int32_t sy, int width, int height, double scale
 
 std::optional<Position> sourceOf(int width, int height, double scale, const Rect& target, int scalingMethod,
                                  std::int64_t x, std::int64_t y) {
-    Position p{nearestIndex(target.left, x, scale), nearestIndex(target.top, y, scale)};
+    Position p{nearestIndex(x, scale), nearestIndex(y, scale)};
     if (scalingMethod == centreMethod) {
         if (target.right - target.left < 3 || target.bottom - target.top < 3) {
             return std::nullopt;
@@ -179,12 +178,12 @@ std::uint32_t maskPixel(int format, std::uint32_t word) {
     return format == 32 ? word : format == 24 ? word & 0xFFFFFF : (wide + (lo >> 3)) & 0xFFFF;
 }
 
-void drawImage(Layer& layer, const Image& image, const ColorState& colors, std::int32_t sx, std::int32_t sy,
+void drawImage(Buffer& buffer, const Image& image, const ColorState& colors, std::int32_t sx, std::int32_t sy,
                double scale, const Rect& caller, int scalingMethod) {
-    paintPixels(layer, image.planes.at(0), sx, sy, scale, caller, scalingMethod,
+    paintPixels(buffer, image.planes.at(0), sx, sy, scale, caller, scalingMethod,
                 [&](std::uint32_t& pixel, Position p) {
-                    if (layer.format != 8 || image.kind == Kind::grey8) {
-                        pixel = imagePixel(layer.format, image, colors, p);
+                    if (buffer.format != 8 || image.kind == Kind::grey8) {
+                        pixel = imagePixel(buffer.format, image, colors, p);
                     }
                 });
 }
@@ -193,18 +192,18 @@ std::uint32_t iconWeight(std::uint8_t transparency) {
     return static_cast<std::uint32_t>(std::floor(std::min<int>(transparency, 100) * 1.28 + 0.5));
 }
 
-std::uint32_t blend(int format, std::uint32_t layer, Color color, std::uint32_t weight) {
+std::uint32_t blend(int format, std::uint32_t buffer, Color color, std::uint32_t weight) {
     const std::uint32_t word = pack(format, color);
     if (weight == 128 || weight == 0) {
-        return weight == 128 ? layer : word;
+        return weight == 128 ? buffer : word;
     }
     if (weight == 64) {
         const std::uint32_t mask = format == 15 ? 0x7DEF : format == 16 ? 0x7BEF : 0x7F7F7F7F;
-        return (word >> 1 & mask) + (layer >> 1 & mask);
+        return (word >> 1 & mask) + (buffer >> 1 & mask);
     }
     const auto mixed = [&](int shift, int bits) {
         const std::uint32_t mask = 0xFFu >> (8 - bits);
-        const std::uint32_t under = (layer >> shift & mask) << (8 - bits);
+        const std::uint32_t under = (buffer >> shift & mask) << (8 - bits);
         const std::uint32_t over = (word >> shift & mask) << (8 - bits);
         return (under * weight + over * (128 - weight)) >> 7 >> (8 - bits) << shift;
     };
@@ -213,7 +212,7 @@ std::uint32_t blend(int format, std::uint32_t layer, Color color, std::uint32_t 
                           : mixed(16, 8) | mixed(8, 8) | mixed(0, 8);
 }
 
-void drawIcon(Layer& layer, const Icon& icon, double x, double y, double scale, const Rect& caller,
+void drawIcon(Buffer& buffer, const Icon& icon, double x, double y, double scale, const Rect& caller,
               const NearestIndex& nearest) {
     x = std::isnan(x) ? 0.0 : x;
     y = std::isnan(y) ? 0.0 : y;
@@ -223,13 +222,13 @@ void drawIcon(Layer& layer, const Icon& icon, double x, double y, double scale, 
     const auto paint = [&](std::uint32_t& pixel, Position p) {
         const auto index = static_cast<std::uint8_t>(icon.pixels.at(p.x, p.y));
         const std::uint8_t transparency = icon.transparency[index];
-        if (layer.format != 8) {
-            pixel = blend(layer.format, pixel, icon.colors[index], iconWeight(transparency));
+        if (buffer.format != 8) {
+            pixel = blend(buffer.format, pixel, icon.colors[index], iconWeight(transparency));
         } else if (transparency != 100) {
             pixel = transparency == 0 ? 0 : nearest(icon.colors[index]);
         }
     };
-    paintPixels(layer, icon.pixels, left, top, scale, intersect(wanted, caller), nearestMethod, paint);
+    paintPixels(buffer, icon.pixels, left, top, scale, intersect(wanted, caller), nearestMethod, paint);
 }
 
 } // namespace talx::model

@@ -1,7 +1,7 @@
-// A plain per-pixel model of drawing: what a layer must hold after an image or an icon was drawn into it.
+// A plain per-pixel model of drawing: what a buffer must hold after an image or an icon was drawn into it.
 //
 // It is slow and simple on purpose and shares no code with the engines, so that a test can compare the two:
-// fill a Layer with what the engine's layer holds, draw into both, compare pixel by pixel.
+// fill a Buffer with what the engine's buffer holds, draw into both, compare pixel by pixel.
 #pragma once
 
 #include <array>
@@ -42,13 +42,13 @@ struct Image {
 // The colour settings of an engine.
 struct ColorState {
     std::vector<Color> grey8;                     // values without an entry show the grey ramp
-    std::array<std::uint8_t, 256> paletteIndex{}; // what each 8-bit grey value shows on a palettised layer
+    std::array<std::uint8_t, 256> paletteIndex{}; // what each 8-bit grey value shows on a palettised buffer
     std::vector<Color> grey16, range16;           // as grey8
     bool maskEnabled = false;
     std::uint32_t maskColor = 0; // the owner's word as it stands
 };
 
-struct Layer {
+struct Buffer {
     int format = 0; // 8, 15, 16, 24 or 32
     int width = 0;
     int height = 0;
@@ -59,8 +59,8 @@ struct Layer {
 constexpr int nearestMethod = 0; // and every number but 1
 constexpr int centreMethod = 1;
 
-// Draws an image at (sx, sy), clipped to the caller's rectangle and to the layer.
-void drawImage(Layer& layer, const Image& image, const ColorState& colors, std::int32_t sx, std::int32_t sy,
+// Draws an image at (sx, sy), clipped to the caller's rectangle and to the buffer.
+void drawImage(Buffer& buffer, const Image& image, const ColorState& colors, std::int32_t sx, std::int32_t sy,
                double scale, const Rect& caller, int scalingMethod);
 
 struct Icon {
@@ -69,17 +69,17 @@ struct Icon {
     std::array<std::uint8_t, 256> transparency{}; // in per cent, as the owner gives it
 };
 
-// The index of a palettised layer's palette that comes nearest to a colour.
+// The index of a palettised buffer's palette that comes nearest to a colour.
 using NearestIndex = std::function<std::uint8_t(Color)>;
 
-// Draws an icon at (x, y), clipped to the caller's rectangle and to the layer. nearest may be empty unless
-// the layer is palettised.
-void drawIcon(Layer& layer, const Icon& icon, double x, double y, double scale, const Rect& caller,
+// Draws an icon at (x, y), clipped to the caller's rectangle and to the buffer. nearest may be empty unless
+// the buffer is palettised.
+void drawIcon(Buffer& buffer, const Icon& icon, double x, double y, double scale, const Rect& caller,
               const NearestIndex& nearest);
 
 // --- The steps of drawing, for tests of one step ---
 
-// The layer rectangle that an image of this size covers.
+// The buffer rectangle that an image of this size covers.
 [[nodiscard]] Rect place(std::int32_t sx, std::int32_t sy, int width, int height, double scale);
 
 struct Position {
@@ -102,9 +102,9 @@ struct Position {
 // How many values a 16-bit grey image with this DepthCode has.
 [[nodiscard]] std::uint32_t valueCount(std::int32_t depthCode);
 
-// The share of the layer's pixel, in 128ths, for a transparency; and the layer's pixel after a colour was
+// The share of the buffer's pixel, in 128ths, for a transparency; and the buffer's pixel after a colour was
 // blended over it with such a share, in format 15, 16, 24 or 32.
 [[nodiscard]] std::uint32_t iconWeight(std::uint8_t transparency);
-[[nodiscard]] std::uint32_t blend(int format, std::uint32_t layer, Color color, std::uint32_t weight);
+[[nodiscard]] std::uint32_t blend(int format, std::uint32_t buffer, Color color, std::uint32_t weight);
 
 } // namespace talx::model

@@ -6,10 +6,12 @@
 #include "tests/pixels/failing_new.h"
 #include "tests/pixels/random_rows.h"
 
+#include <functional>
+
 namespace talx::test {
 namespace {
 
-using enum LayerFormat;
+using enum PixelFormat;
 
 std::vector<model::Color> toModel(const std::vector<ColorEntry>& entries) {
     std::vector<model::Color> colors;
@@ -38,9 +40,9 @@ void replaceEntries(Random& random, Map& map, std::vector<ColorEntry>& entries, 
 }
 
 // Compares a map's table for a format with what its values show there by the model.
-template <LayerFormat Format, class Map, class Expected>
+template <PixelFormat Format, class Map, class Expected>
 void checkTable(Map& map, std::uint32_t count, const Expected& expected) {
-    const typename TableEntry<Format>::type* table = nullptr;
+    const TableEntry<Format>* table = nullptr;
     withEveryAllocationFailing([&] { table = map.template table<Format>(); });
     for (std::uint32_t v = 0; v < count; ++v) {
         std::uint32_t shown = 0;
@@ -50,7 +52,7 @@ void checkTable(Map& map, std::uint32_t count, const Expected& expected) {
     }
 }
 // Some of its tables only, so that tables of several ages come together.
-template <LayerFormat... Formats, class Map, class Expected>
+template <PixelFormat... Formats, class Map, class Expected>
 void checkSomeTables(Random& random, Map& map, std::uint32_t count, const Expected& expected) {
     ((random.oneIn(8) ? checkTable<Formats>(map, count, expected) : void()), ...);
 }
@@ -65,7 +67,7 @@ TEST(GreyColorMap8, TablesAlwaysAgreeWithTheMap) {
         std::vector<ColorEntry> entries = ramp;
         bool isSet = false;
         model::ColorState colors;
-        NearestPaletteIndex nearest; // none before there is a palette
+        std::function<std::uint8_t(std::uint32_t)> nearest; // none before there is a palette
         const auto check = [&] {
             ASSERT_EQ(isSet, map.isSet());
             ASSERT_TRUE(entries == map.entries());
@@ -81,8 +83,9 @@ TEST(GreyColorMap8, TablesAlwaysAgreeWithTheMap) {
             switch (random.between(0, 3)) {
             case 0:
                 withEveryAllocationFailing([&] { map.setEntry(k, fromRgbWord(word), nearest); }, check);
-                entries.insert(entries.end(), ramp.begin() + std::min(entries.size(), ramp.size()),
-                               ramp.end());
+                if (entries.size() <= k) {
+                    entries.insert(entries.end(), ramp.begin() + entries.size(), ramp.begin() + k + 1);
+                }
                 entries[k] = fromRgbWord(word);
                 isSet = true;
                 colors.paletteIndex[k] = nearest ? nearest(toColorRef(entries[k])) : 0;

@@ -1,4 +1,4 @@
-// Blending icons: random icons with every transparency over every layer format, between fences.
+// Blending icons: random icons with every transparency over every buffer format, between fences.
 #include "render/pixels/icon_blend.h"
 
 #include "tests/model/model.h"
@@ -7,14 +7,14 @@
 namespace talx::test {
 namespace {
 
-const FencedMemory layerMemory(1 << 16), iconMemory(1 << 16);
+const FencedMemory bufferMemory(1 << 16), iconMemory(1 << 16);
 
 TEST(IconBlend, GivesWhatTheModelGives) {
     forEachCase(6000, [](Random& random) {
         const int format = random.oneOf({0, 8, 15, 16, 24, 32});
         const Extent extent = randomExtent(random);
         const Rows icon(random, iconMemory, extent.width, extent.height, 1);
-        Rows layer(random, layerMemory, extent.width, extent.height, std::max(1, (format + 1) / 8));
+        Rows buffer(random, bufferMemory, extent.width, extent.height, std::max(1, (format + 1) / 8));
         std::array<model::Color, 256> colors;
         std::array<std::uint8_t, 256> transparencies;
         IconTables tables;
@@ -29,18 +29,18 @@ TEST(IconBlend, GivesWhatTheModelGives) {
             tables.color[i] = tables.weight[i] == invisibleWeight ? 0 : model::pack(format, colors[i]);
         }
 
-        layer.expect([&](int x, int y) -> std::uint32_t {
-            const std::uint32_t i = icon.value(x, y), before = layer.value(x, y);
+        buffer.expect([&](int x, int y) -> std::uint32_t {
+            const std::uint32_t i = icon.value(x, y), before = buffer.value(x, y);
             if (format > 8) {
                 return model::blend(format, before, colors[i], model::iconWeight(transparencies[i]));
             }
             return format == 0 || indices.transparent[i] ? before : indices.index[i];
         });
-        blendIcon(static_cast<LayerFormat>(format), layer, icon, extent, tables); // nothing in 0 and 8
+        blendIcon(static_cast<PixelFormat>(format), buffer, icon, extent, tables); // nothing in 0 and 8
         if (format == 8) {
-            drawIconIndices(layer, icon, extent, indices);
+            drawIconIndices(buffer, icon, extent, indices);
         }
-        ASSERT_EQ(std::nullopt, layer.wrongByte()) << "format " << format;
+        ASSERT_EQ(std::nullopt, buffer.wrongByte()) << "format " << format;
     });
 }
 

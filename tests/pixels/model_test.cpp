@@ -18,9 +18,9 @@ TEST(Model, Sampling) {
         std::vector<int> seen; // the source columns, from left on; -1: none
     } examples[] = {
         {nearestMethod, 4, 3.0, 5, {1, 2, 2, 2, 3}},
-        {nearestMethod, 9, 3.0, 11, {3, 3, 4, 4, 4}},       // 11 has phase 1, not 2
-        {nearestMethod, 4, 3.0 + 2e-10, 8, {2, 2, 3}},      // no blocks: 9 / scale < 3
-        {nearestMethod, 4, 2.00000000005, 2, {1, 1, 2, 2}}, // 2 has phase 2: the next block
+        {nearestMethod, 9, 3.0, 11, {3, 4, 4, 4, 5}},  // 11 is the last of its block
+        {nearestMethod, 4, 3.0 + 2e-10, 8, {2, 2, 3}}, // no blocks: 9 / scale < 3
+        {nearestMethod, 4, 2.00000000005, 2, {1, 1, 2, 2}},
         {nearestMethod, 10, 0.25, 0, {0, 4, 8}},
         {centreMethod, 4, 2.0, 0, {0, 0, 0, 1, 1, 2, 2, 2}}, // 1 to 6 are inner columns
         {centreMethod, 8, 0.5, 0, {1, 1, 3, 3}},             // 1 and 2
@@ -61,19 +61,19 @@ TEST(Model, Values) {
 
 TEST(Model, Pictures) {
     const Image image{Kind::grey8, {{3, 2, {0, 1, 2, 16, 17, 18}}}, 0};
-    Layer layer{32, 4, 2, Pixels(8, 7)};
-    drawImage(layer, image, {}, 1, -1, 1.0, {-5, -5, 3, 50}, nearestMethod);
-    EXPECT_EQ((Pixels{7, 0x101010, 0x111111, 7, 7, 7, 7, 7}), layer.pixels);
+    Buffer buffer{32, 4, 2, Pixels(8, 7)};
+    drawImage(buffer, image, {}, 1, -1, 1.0, {-5, -5, 3, 50}, nearestMethod);
+    EXPECT_EQ((Pixels{7, 0x101010, 0x111111, 7, 7, 7, 7, 7}), buffer.pixels);
 
     const Icon icon{{3, 1, {0, 1, 2}}, {{{10, 0, 0}, {20, 0, 0}, {30, 0, 0}}}, {0, 30, 100}};
-    layer = {8, 5, 1, Pixels(5, 7)};
+    buffer = {8, 5, 1, Pixels(5, 7)};
     const auto nearest = [](Color c) {
         return c.red;
     };
-    drawIcon(layer, icon, 1.7, -0.9, 1.0, {0, 0, 9, 9}, nearest); // its lower edge is cut to 0 as well
-    EXPECT_EQ(Pixels(5, 7), layer.pixels);
-    drawIcon(layer, icon, 1.7, 0.9, 1.0, {0, 0, 9, 9}, nearest);
-    EXPECT_EQ((Pixels{7, 0, 20, 7, 7}), layer.pixels);
+    drawIcon(buffer, icon, 1.7, -0.9, 1.0, {0, 0, 9, 9}, nearest); // its lower edge is cut to 0 as well
+    EXPECT_EQ(Pixels(5, 7), buffer.pixels);
+    drawIcon(buffer, icon, 1.7, 0.9, 1.0, {0, 0, 9, 9}, nearest);
+    EXPECT_EQ((Pixels{7, 0, 20, 7, 7}), buffer.pixels);
 }
 
 } // namespace

@@ -85,7 +85,7 @@ public:
     }
     operator PixelRows() const { return {data, stride}; }
     operator ConstPixelRows() const { return {data, stride}; }
-    operator PlaneView() const { return {data, stride, width, height}; }
+    operator PlaneView() const { return {data, stride, {width, height}}; }
 
     // Every pixel is to become pixelAt(x, y).
     template <class PixelAt>

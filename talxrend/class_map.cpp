@@ -4,9 +4,9 @@
 #include "talxrend.h"
 
 #include "com/module.h"
-#include "com/resource.h"
 #include "ddraw_engine/tal_render_engine.h"
 #include "gdi_engine/tal_gdi_render_engine.h"
+#include "talxrend/resource.h"
 
 namespace talx {
 

@@ -1,8 +1,5 @@
-// Resource ids of the module. The messages' ids are the codes of the component's own HRESULTs.
+// Ids of the engines' messages in the string table. Each is the code of one of the component's own HRESULTs.
 #pragma once
-
-#define IDR_TALRENDERENGINE 101
-#define IDR_TALGDIRENDERENGINE 102
 
 #define IDS_NO_DIRECTDRAW 16384
 #define IDS_UNINITIALIZED 16385
