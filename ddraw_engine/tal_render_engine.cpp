@@ -72,6 +72,7 @@ STDMETHODIMP CTalRenderEngine::SetExtent(long Width, long Height) {
         }
         composition_.Reset();
         iconBlender_.release();
+        state_.scratch.release();
         state_.width = Width;
         state_.height = Height;
         // Owners count on success here; Fill, the draw context and RefreshScreen tell them of the missing

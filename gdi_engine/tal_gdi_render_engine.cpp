@@ -69,6 +69,7 @@ STDMETHODIMP CTalGDIRenderEngine::SetExtent(long Width, long Height) {
         }
         state_.width = 0;
         state_.height = 0;
+        state_.scratch.release();
         composition_.deselect();
         dib_.destroy();
         makeComposition(Width, Height);

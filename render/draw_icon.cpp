@@ -187,8 +187,8 @@ void drawIcon(CompositionBuffer& buffer, EngineState& state, ITalImage8Grey* ico
     if (isUnitScale(placement.scale)) {
         return drawIconPixels(buffer, source, maps, placed.left, placed.top, clip);
     }
-    if (const auto scaled =
-            resample(source, placement.scale, placed.left, placed.top, clip, SamplingMethod::Nearest)) {
+    const Scaling scaling{placed.left, placed.top, placement.scale, SamplingMethod::Nearest, false};
+    if (const auto scaled = resample(source, scaling, clip, state.scratch)) {
         drawIconPixels(buffer, *scaled, maps, clip.left, clip.top, clip);
     }
 }

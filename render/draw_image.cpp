@@ -28,10 +28,14 @@ void drawImage(CompositionBuffer& buffer, EngineState& state, ITalImage* image,
     if (isUnitScale(scale)) {
         return transfer(buffer, state.colors, source, x, y, clip);
     }
+    if (!isShown(*kind, buffer.format())) {
+        return;
+    }
     const auto method = state.scalingMethod == talRenderEngineScalingMethodBilinearInterpolation
                             ? SamplingMethod::CentreAligned
                             : SamplingMethod::Nearest;
-    if (const auto scaled = resample(source, scale, x, y, clip, method)) {
+    const Scaling scaling{x, y, scale, method, state.colors.visiblePixelMaskEnable};
+    if (const auto scaled = resample(source, scaling, clip, state.scratch)) {
         transfer(buffer, state.colors, *scaled, clip.left, clip.top, clip);
     }
 }

@@ -3,6 +3,7 @@
 
 #include "render/pixels/color_maps.h"
 #include "render/pixels/geometry.h"
+#include "render/scratch_memory.h"
 #include "talxrend.h"
 
 namespace talx {
@@ -43,6 +44,7 @@ struct EngineState {
     LayerEvents layers;
     ColorState colors;
     TalRenderEngineScalingMethodConstants scalingMethod = talRenderEngineScalingMethodNoInterpolation;
+    ScratchMemory scratch; // of scaled drawing
 
     // The part of a rectangle that lies in the view.
     [[nodiscard]] Rect clip(long left, long top, long right, long bottom) const {

@@ -46,26 +46,52 @@ Kernel kernelFor(bool widePels, SamplingMethod method) {
     return widePels ? resampleNearest16 : resampleNearest8;
 }
 
-// Writes the scaled planes into an empty image of the kind that they come from.
-void fill(ITalImageMemory* memory, const ImagePlanes& planes, const ImageOfKind& kind, double scale,
-          const Rect& target, SamplingMethod method) {
-    check(memory->Allocate(target.extent().width, target.extent().height, planes.count()));
-    if (std::holds_alternative<ComPtr<ITalImage16Grey>>(kind)) {
-        ComPtr<ITalImage16Grey> grey;
-        check(memory->QueryInterface(IID_PPV_ARGS(&grey)));
-        check(grey->put_DepthCode(planes.depthCode()));
+// Rows of scaled planes start on multiples of it.
+constexpr std::int64_t rowAlignment = 64;
+
+// The planes of a scaled image, one behind the other in a block of memory.
+class ScaledPlanes {
+public:
+    ScaledPlanes(ScratchMemory& scratch, const ImageOfKind& kind, int count, Extent extent)
+        : extent_(extent) {
+        std::int64_t size = 0;
+        for (int plane = 0; plane < count; ++plane) {
+            const std::int64_t rowBytes = std::int64_t{extent.width} * (hasWidePels(kind, plane) ? 2 : 1);
+            offsets_[plane] = size;
+            strides_[plane] = (rowBytes + rowAlignment - 1) / rowAlignment * rowAlignment;
+            size += strides_[plane] * extent.height;
+        }
+        block_ = scratch.take(static_cast<std::size_t>(size));
     }
-    for (int plane = 0; plane < planes.count(); ++plane) {
-        PelAccess access;
-        check(memory->CreatePlaneAccess(plane, talPelAccessReadWrite, access.put()));
-        kernelFor(hasWidePels(kind, plane), method)(planes[plane], access.rows(), scale, target);
+
+    [[nodiscard]] PixelRows rows(int plane) const {
+        return {block_->bytes() + offsets_[plane], static_cast<std::ptrdiff_t>(strides_[plane])};
     }
+
+    // Makes a plane of the image refer to this memory, which then lives as long as the image.
+    void wrapInto(ITalImageMemory* image, int plane) const {
+        check(image->Wrap(plane, extent_.width, extent_.height, reinterpret_cast<INT_PTR>(rows(plane).data),
+                          static_cast<long>(strides_[plane]), block_.Get()));
+    }
+
+private:
+    Extent extent_;
+    std::array<std::int64_t, 3> offsets_{};
+    std::array<std::int64_t, 3> strides_{}; // in bytes
+    ScratchMemory::Block block_;
+};
+
+void copyDepthCode(ITalImageMemory* image, long depthCode) {
+    ComPtr<ITalImage16Grey> grey;
+    check(image->QueryInterface(IID_PPV_ARGS(&grey)));
+    check(grey->put_DepthCode(depthCode));
 }
 
 } // namespace
 
-std::optional<SourceImage> resample(const SourceImage& source, double scale, long x, long y, const Rect& clip,
-                                    SamplingMethod method) {
+std::optional<SourceImage> resample(const SourceImage& source, const Scaling& scaling, const Rect& clip,
+                                    ScratchMemory& scratch) {
+    const auto& [x, y, scale, method, withMask] = scaling;
     const Rect visible = intersect(placeScaled(x, y, source.extent, scale), clip);
     const bool tooThin =
         method == SamplingMethod::CentreAligned && (visible.width() < 3 || visible.height() < 3);
@@ -79,10 +105,20 @@ std::optional<SourceImage> resample(const SourceImage& source, double scale, lon
     const Rect target{move(visible.left, x), move(visible.top, y), move(visible.right, x),
                       move(visible.bottom, y)};
 
-    ComPtr<ITalImageMemory> memory;
-    check(CoCreateInstance(imageClass(source.image), nullptr, CLSCTX_INPROC_SERVER, IID_PPV_ARGS(&memory)));
-    fill(memory.Get(), ImagePlanes(source), source.image, scale, target, method);
-    return SourceImage{sameKind(source.image, memory.Get()), target.extent()};
+    ComPtr<ITalImageMemory> image;
+    check(CoCreateInstance(imageClass(source.image), nullptr, CLSCTX_INPROC_SERVER, IID_PPV_ARGS(&image)));
+    const ImagePlanes planes(source);
+    const bool isRange = std::holds_alternative<ComPtr<ITalImage16Range>>(source.image);
+    const int count = isRange && !withMask ? 1 : planes.count();
+    const ScaledPlanes scaled(scratch, source.image, count, target.extent());
+    for (int plane = 0; plane < count; ++plane) {
+        kernelFor(hasWidePels(source.image, plane), method)(planes[plane], scaled.rows(plane), scale, target);
+        scaled.wrapInto(image.Get(), plane);
+    }
+    if (std::holds_alternative<ComPtr<ITalImage16Grey>>(source.image)) {
+        copyDepthCode(image.Get(), planes.depthCode());
+    }
+    return SourceImage{sameKind(source.image, image.Get()), target.extent()};
 }
 
 } // namespace talx

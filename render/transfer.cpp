@@ -91,9 +91,8 @@ void drawKind(const ImageOfKind& kind, const Transfer& t) {
 
 void draw(const ImageOfKind& kind, const Transfer& t) {
     switch (t.bits.format) {
-    case PixelFormat::Pal8: // the other kinds are never drawn on a palette
-        return std::holds_alternative<ComPtr<ITalImage8Grey>>(kind) ? drawGrey8<PixelFormat::Pal8>(t)
-                                                                    : void();
+    case PixelFormat::Pal8: // no other kind is shown
+        return drawGrey8<PixelFormat::Pal8>(t);
     case PixelFormat::Rgb15:
         return drawKind<PixelFormat::Rgb15>(kind, t);
     case PixelFormat::Rgb16:
@@ -109,6 +108,21 @@ void draw(const ImageOfKind& kind, const Transfer& t) {
 
 } // namespace
 
+bool isShown(const ImageOfKind& kind, PixelFormat format) {
+    switch (format) {
+    case PixelFormat::Pal8:
+        return std::holds_alternative<ComPtr<ITalImage8Grey>>(kind);
+    case PixelFormat::Rgb15:
+    case PixelFormat::Rgb16:
+    case PixelFormat::Rgb24:
+    case PixelFormat::Rgb32:
+        return true;
+    case PixelFormat::Unspecified:
+        break;
+    }
+    return false;
+}
+
 void transfer(CompositionBuffer& buffer, ColorState& colors, const SourceImage& source, long x, long y,
               const Rect& clip) {
     const Rect inImage = intersect(clip, placeScaled(x, y, source.extent, 1.0));
@@ -123,7 +137,7 @@ void transfer(CompositionBuffer& buffer, ColorState& colors, const SourceImage& 
     }
     buffer.withBits([&](const BufferBits& bits) {
         const Rect target = intersect(inImage, {0, 0, bits.extent.width, bits.extent.height});
-        if (!target.empty()) {
+        if (!target.empty() && isShown(source.image, bits.format)) {
             draw(source.image, {bits, target, x, y, planes, colors});
         }
     });
