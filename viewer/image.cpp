@@ -16,9 +16,10 @@ const CLSID& classOf(ImageKind kind) {
         return __uuidof(TalImage16Grey);
     case ImageKind::range16:
         return __uuidof(TalImage16Range);
-    default:
-        return __uuidof(TalImageColor);
+    case ImageKind::color:
+        break;
     }
+    return __uuidof(TalImageColor);
 }
 
 TalDepthCode depthCode(int bits) {
@@ -73,10 +74,12 @@ std::wstring Image::valueText(long x, long y) const {
                std::to_wstring(byteAt(2));
     case ImageKind::grey8:
         return std::to_wstring(byteAt(0));
-    default:
-        return std::to_wstring(access(0, talPelAccessRead).row<std::uint16_t>(y)[x]) +
-               (masked_ && byteAt(1) == 0 ? L" (hidden)" : L"");
+    case ImageKind::grey16:
+    case ImageKind::range16:
+        break;
     }
+    return std::to_wstring(access(0, talPelAccessRead).row<std::uint16_t>(y)[x]) +
+           (masked_ && byteAt(1) == 0 ? L" (hidden)" : L"");
 }
 
 std::pair<std::uint32_t, std::uint32_t> Image::valueLimits() const {
@@ -106,9 +109,10 @@ std::wstring Image::kindText() const {
         return std::to_wstring(depth_) + L"-bit grey";
     case ImageKind::range16:
         return masked_ ? L"range with mask" : L"range";
-    default:
-        return L"colour";
+    case ImageKind::color:
+        break;
     }
+    return L"colour";
 }
 
 } // namespace talview

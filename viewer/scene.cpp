@@ -191,8 +191,11 @@ void Scene::setColorMap() {
     case ImageKind::grey16:
         check(engine_->put_Image16GreyColorMap(colors.address()), "Image16GreyColorMap");
         break;
-    default:
+    case ImageKind::range16:
         check(engine_->put_Image16RangeColorMap(colors.address()), "Image16RangeColorMap");
+        break;
+    case ImageKind::color:
+        break;
     }
     if (palettised_) {
         // The engine looks for the nearest palette entries of a whole map only when the palette changes.
