@@ -1,30 +1,59 @@
-// The creatable classes of talxrend.dll, for tests that hold for each of them.
+// The creatable classes of both DLLs, and the engine's DLL loaded once more.
 #pragma once
 
 #include "tests/support/module.h"
 
 #include "talxrend.h"
 
-#include <string>
-
 namespace talx::test {
 
 struct ServerClass {
-    const wchar_t* name;
+    HMODULE (*module)();
+    std::wstring name;
     CLSID clsid;
-    bool rendersToTargets; // offers ITalRenderTargetAccess
 
-    [[nodiscard]] std::wstring progId() const { return std::wstring(L"Hemlar.") + name + L".1"; }
+    [[nodiscard]] std::wstring progId() const { return L"Hemlar." + name + L".1"; }
 };
 
 inline const ServerClass serverClasses[] = {
-    {L"TalRenderEngine", __uuidof(TalRenderEngine), false},
-    {L"TalGDIRenderEngine", __uuidof(TalGDIRenderEngine), true},
+    {engineModule, L"TalRenderEngine", __uuidof(TalRenderEngine)},
+    {engineModule, L"TalGDIRenderEngine", __uuidof(TalGDIRenderEngine)},
+    {imageModule, L"TalImage8Grey", __uuidof(TalImage8Grey)},
+    {imageModule, L"TalImageColor", __uuidof(TalImageColor)},
+    {imageModule, L"TalImage16Grey", __uuidof(TalImage16Grey)},
+    {imageModule, L"TalImage16Range", __uuidof(TalImage16Range)},
 };
 
-inline std::string testNameOf(const testing::TestParamInfo<ServerClass>& info) {
-    const std::wstring name = info.param.name;
-    return {name.begin(), name.end()};
+inline HRESULT call(const char* name, HMODULE module) {
+    return exported<HRESULT WINAPI()>(module, name)();
+}
+
+// The engine's DLL loaded once more, from a copy of its file in a folder that is made for it: a module with a
+// life of its own.
+struct ModuleCopy {
+    explicit ModuleCopy(const std::wstring& folder)
+        : path((CreateDirectoryW(folder.c_str(), nullptr), folder + L"\\talxrend.dll")),
+          module(CopyFileW(pathOf(engineModule()).c_str(), path.c_str(), FALSE) ? LoadLibraryW(path.c_str())
+                                                                                : nullptr) {}
+    ~ModuleCopy() {
+        EXPECT_EQ(S_OK, call("DllCanUnloadNow", module));
+        FreeLibrary(module);
+        EXPECT_EQ(nullptr, GetModuleHandleW(path.c_str()));
+    }
+    const std::wstring path;
+    const HMODULE module;
+};
+
+// The blocks in use in all heaps of the process.
+inline int blocksInUse() {
+    HANDLE heaps[64];
+    int blocks = 0;
+    for (DWORD i = 0, count = GetProcessHeaps(64, heaps); i < count; ++i) {
+        for (PROCESS_HEAP_ENTRY entry{}; HeapWalk(heaps[i], &entry);) {
+            blocks += (entry.wFlags & PROCESS_HEAP_ENTRY_BUSY) != 0;
+        }
+    }
+    return blocks;
 }
 
 } // namespace talx::test

@@ -1,210 +1,139 @@
-// What holds for every class of talxrend.dll, whatever it draws: exports, creation, lives, and how it reports
-// errors.
+// What holds for both DLLs and for every class of engine, whatever it draws: exports, creation, lives, how it
+// describes itself and how it reports errors.
 #include "tests/com/server_class.h"
 #include "tests/support/error_info.h"
 #include "tests/support/import_hook.h"
+#include "tests/support/stack_object.h"
 
 #include <ocidl.h>
 
 #include <set>
+#include <thread>
 
 namespace talx::test {
 namespace {
 
 TEST(Server, ExportsFourFunctionsAndNeedsNoRedistributable) {
-    auto* base = reinterpret_cast<BYTE*>(engineModule());
-    const auto* headers =
-        reinterpret_cast<IMAGE_NT_HEADERS*>(base + reinterpret_cast<IMAGE_DOS_HEADER*>(base)->e_lfanew);
-    const auto* exports = reinterpret_cast<IMAGE_EXPORT_DIRECTORY*>(
-        base + headers->OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_EXPORT].VirtualAddress);
-    std::set<std::string> names;
-    for (DWORD i = 0; i < exports->NumberOfNames; ++i) {
-        names.emplace(
-            reinterpret_cast<char*>(base + reinterpret_cast<DWORD*>(base + exports->AddressOfNames)[i]));
-    }
-    EXPECT_EQ((std::set<std::string>{"DllCanUnloadNow", "DllGetClassObject", "DllRegisterServer",
-                                     "DllUnregisterServer"}),
-              names);
-    EXPECT_EQ(4u, exports->NumberOfFunctions);
-
-    const std::set<std::string> inBox{"advapi32.dll", "gdi32.dll",    "kernel32.dll", "msvcrt.dll",
-                                      "ole32.dll",    "oleaut32.dll", "user32.dll"};
-    for (std::string name : importedModules(engineModule())) {
-        std::transform(name.begin(), name.end(), name.begin(), tolower);
-        EXPECT_TRUE(inBox.contains(name)) << name;
-    }
-}
-
-TEST(Server, HoldsTheMessages) {
-    const wchar_t* const messages[] = {
-        L"Can't create DirectDraw object.",
-        L"Engine uninitialized.",
-        L"Cannot set cooperation level for DirectDraw.",
-        L"Cannot create primary surface.",
-        L"Color fill Blt failed.",
-        L"Surface GetDC failed.",
-        L"Surface Blt operation failed.",
-        L"Cannot create offscreen surface.",
-        L"Cannot set clipper on primary surface.",
-        L"Can't create clipper object.",
-        L"Can't set DirectDraw clipper HWND.",
-        L"Can't get screen pixel format.",
-        L"Can't set the palette.",
-        L"Unable to translate color.",
-        L"Can't create a compatible device context.",
-        L"Unable to create the requested DIB section.",
-        L"Unable to retrieve pixel data from TalImage object.",
-    };
-    UINT id = 16384;
-    for (const wchar_t* message : messages) {
-        wchar_t text[128] = L"";
-        LoadStringW(engineModule(), id++, text, 128);
-        EXPECT_STREQ(message, text);
-    }
-}
-
-TEST(Server, KnowsNoOtherClass) {
-    IUnknown* object = reinterpret_cast<IUnknown*>(1);
-    EXPECT_EQ(CLASS_E_CLASSNOTAVAILABLE, classObject(engineModule(), IID_IUnknown, IID_IClassFactory,
-                                                     reinterpret_cast<void**>(&object)));
-    EXPECT_EQ(nullptr, object);
-}
-
-// An object that another one may be aggregated into.
-struct Outer final : IUnknown {
-    long references = 1;
-    STDMETHOD(QueryInterface)(REFIID iid, void** object) override {
-        *object = iid == IID_IUnknown ? this : nullptr;
-        if (*object) {
-            AddRef();
+    for (const HMODULE module : {engineModule(), imageModule()}) {
+        auto* base = reinterpret_cast<BYTE*>(module);
+        const auto* headers =
+            reinterpret_cast<IMAGE_NT_HEADERS*>(base + reinterpret_cast<IMAGE_DOS_HEADER*>(base)->e_lfanew);
+        const auto* exports = reinterpret_cast<IMAGE_EXPORT_DIRECTORY*>(
+            base + headers->OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_EXPORT].VirtualAddress);
+        EXPECT_EQ(4u, exports->NumberOfFunctions);
+        EXPECT_TRUE(GetProcAddress(module, "DllRegisterServer") &&
+                    GetProcAddress(module, "DllUnregisterServer"));
+        EXPECT_EQ(S_OK, call("DllCanUnloadNow", module));
+        void* none = module;
+        EXPECT_EQ(CLASS_E_CLASSNOTAVAILABLE, classObject(module, IID_IUnknown, IID_IClassFactory, &none));
+        EXPECT_EQ(nullptr, none);
+        for (const std::string& name : importedModules(module)) {
+            EXPECT_TRUE((std::set<std::string>{"ADVAPI32.dll", "GDI32.dll", "KERNEL32.dll", "msvcrt.dll",
+                                               "ole32.dll", "OLEAUT32.dll", "USER32.dll"}
+                             .contains(name)))
+                << name;
         }
-        return *object ? S_OK : E_NOINTERFACE;
     }
-    STDMETHOD_(ULONG, AddRef)() override { return ++references; }
-    STDMETHOD_(ULONG, Release)() override { return --references; }
-};
+}
 
-class ServerClassTest : public testing::TestWithParam<ServerClass> {
-protected:
+struct ServerEngine : testing::TestWithParam<int> {
+    HRESULT getFactory(IClassFactory** result) const {
+        return classObject(engineModule(), row.clsid, IID_IClassFactory, reinterpret_cast<void**>(result));
+    }
     void SetUp() override {
-        ASSERT_EQ(S_OK, classObject(engineModule(), GetParam().clsid, IID_PPV_ARGS(&factory_)));
+        ASSERT_EQ(S_OK, getFactory(&factory));
+        ASSERT_EQ(S_OK, factory->CreateInstance(nullptr, IID_PPV_ARGS(&engine)));
+        takeErrorInfo();
     }
-    template <class Interface = IUnknown>
-    ComPtr<Interface> create() const {
-        ComPtr<Interface> object;
-        EXPECT_EQ(S_OK, factory_->CreateInstance(nullptr, IID_PPV_ARGS(&object)));
-        return object;
-    }
-    static HRESULT canUnload() {
-        return exported<decltype(DllCanUnloadNow)>(engineModule(), "DllCanUnloadNow")();
-    }
+    static HRESULT canUnload() { return call("DllCanUnloadNow", engineModule()); }
 
-    ComPtr<IClassFactory> factory_;
+    const ServerClass& row = serverClasses[GetParam()];
+    ComPtr<IClassFactory> factory;
+    ComPtr<ITalRenderEngine2> engine;
 };
+INSTANTIATE_TEST_SUITE_P(Classes, ServerEngine, testing::Values(0, 1));
 
-TEST_P(ServerClassTest, IsCreatedByProgId) {
-    EXPECT_TRUE(createByProgId<ITalRenderEngine2>(GetParam().progId().c_str()));
-    const auto versionless = GetParam().progId().substr(0, GetParam().progId().size() - 2);
-    EXPECT_TRUE(createByProgId<ITalRenderEngine>(versionless.c_str()));
-}
-
-TEST_P(ServerClassTest, HasOneIdentityAndTheInterfacesOfTheContract) {
-    const auto object = create();
-    const auto offers = [&](const IID& iid) {
-        ComPtr<IUnknown> face, identity;
-        if (FAILED(object.CopyTo(iid, &face))) {
-            return false;
+TEST_P(ServerEngine, HasOneIdentityAndTheInterfacesOfTheContract) {
+    for (const std::wstring& name : {row.progId(), L"Hemlar." + row.name}) {
+        CLSID clsid{};
+        ComPtr<IUnknown> object;
+        EXPECT_EQ(S_OK, CLSIDFromProgID(name.c_str(), &clsid)) << "not registered";
+        EXPECT_EQ(S_OK, CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER, IID_PPV_ARGS(&object)));
+        int offered = 0; // bits, in this order
+        for (const IID& iid : {__uuidof(ITalRenderEngine), __uuidof(ITalRenderEngine2),
+                               __uuidof(ITalRenderEngineScalingParams), IID_ISupportErrorInfo,
+                               IID_IProvideClassInfo2, __uuidof(ITalRenderTargetAccess),
+                               __uuidof(ITalRenderEngineEvents), IID_IProvideClassInfo, IID_IDispatch}) {
+            ComPtr<IUnknown> face, identity;
+            offered = 2 * offered + (object.CopyTo(iid, &face) == S_OK);
+            EXPECT_TRUE(!face || (face.As(&identity) == S_OK && identity.Get() == object.Get()));
+            EXPECT_EQ(E_POINTER, (face ? face : object)->QueryInterface(iid, nullptr));
         }
-        EXPECT_EQ(S_OK, face.As(&identity));
-        return identity.Get() == object.Get();
-    };
-    for (const IID& iid :
-         {__uuidof(ITalRenderEngine), __uuidof(ITalRenderEngine2), __uuidof(ITalRenderEngineScalingParams),
-          IID_ISupportErrorInfo, IID_IProvideClassInfo2}) {
-        EXPECT_TRUE(offers(iid)) << std::hex << iid.Data1;
-    }
-    EXPECT_EQ(GetParam().rendersToTargets, offers(__uuidof(ITalRenderTargetAccess)));
-    for (const IID& iid : {IID_IDispatch, IID_IProvideClassInfo, __uuidof(ITalRenderEngineEvents)}) {
-        EXPECT_FALSE(offers(iid)) << std::hex << iid.Data1;
+        EXPECT_EQ(GetParam() ? 0b111111000 : 0b111110000, offered);
     }
 }
 
-TEST_P(ServerClassTest, KeepsTheModuleLoadedWhileItLives) {
-    ComPtr<IClassFactory> again;
-    ASSERT_EQ(S_OK, classObject(engineModule(), GetParam().clsid, IID_PPV_ARGS(&again)));
-    EXPECT_EQ(factory_.Get(), again.Get()) << "the class object is cached";
-    again.Reset();
-    EXPECT_EQ(S_OK, factory_->LockServer(TRUE));
-    factory_.Reset();
-    EXPECT_EQ(S_FALSE, canUnload());
-
-    ASSERT_EQ(S_OK, classObject(engineModule(), GetParam().clsid, IID_PPV_ARGS(&factory_)));
-    auto object = create();
-    EXPECT_EQ(S_OK, factory_->LockServer(FALSE));
-    factory_.Reset();
-    EXPECT_EQ(S_FALSE, canUnload());
-    object.Reset();
+TEST_P(ServerEngine, KeepsTheModuleLoadedWhileItLives) {
+    EXPECT_EQ(E_POINTER, getFactory(nullptr));
+    EXPECT_EQ(E_POINTER, factory->CreateInstance(nullptr, IID_IUnknown, nullptr));
+    const IClassFactory* const cached = factory.Get();
+    factory.Reset();
+    EXPECT_EQ(S_FALSE, canUnload()) << "the engine lives";
+    engine.Reset();
+    EXPECT_EQ(S_OK, canUnload());
+    EXPECT_EQ(S_OK, getFactory(&factory));
+    EXPECT_EQ(cached, factory.Get());
+    EXPECT_EQ(S_FALSE, canUnload()) << "the class object is in use";
+    EXPECT_EQ(S_OK, factory->LockServer(TRUE));
+    factory.Reset();
+    EXPECT_EQ(S_FALSE, canUnload()) << "it is locked";
+    EXPECT_EQ(S_OK, getFactory(&factory));
+    EXPECT_EQ(S_OK, factory->LockServer(FALSE));
+    factory.Reset();
     EXPECT_EQ(S_OK, canUnload());
 }
 
-TEST_P(ServerClassTest, CanBeAggregated) {
-    Outer outer;
-    IUnknown* none = reinterpret_cast<IUnknown*>(1);
-    EXPECT_EQ(CLASS_E_NOAGGREGATION,
-              factory_->CreateInstance(&outer, __uuidof(ITalRenderEngine), reinterpret_cast<void**>(&none)));
+TEST_P(ServerEngine, CanBeAggregated) {
+    engine.Reset();
+    StackObject<IUnknown> outer;
+    void* none = this;
+    EXPECT_EQ(CLASS_E_NOAGGREGATION, factory->CreateInstance(&outer, __uuidof(ITalRenderEngine), &none));
     EXPECT_EQ(nullptr, none);
-    ComPtr<IUnknown> inner;
-    ASSERT_EQ(S_OK, factory_->CreateInstance(&outer, IID_PPV_ARGS(&inner)));
-    factory_.Reset();
-    EXPECT_EQ(1, outer.references) << "an aggregate must not hold its outer object";
+    ComPtr<IUnknown> inner, identity;
+    ASSERT_EQ(S_OK, factory->CreateInstance(&outer, IID_PPV_ARGS(&inner)));
+    factory.Reset();
+    EXPECT_EQ(0, outer.references) << "an aggregate must not hold its outer object";
     EXPECT_NE(&outer, inner.Get());
-    {
-        ComPtr<ITalRenderEngine2> engine;
-        ASSERT_EQ(S_OK, inner.As(&engine));
-        EXPECT_EQ(2, outer.references);
-        ComPtr<IUnknown> identity;
-        EXPECT_EQ(S_OK, engine.As(&identity));
-        EXPECT_EQ(&outer, identity.Get());
-        ComPtr<ITalRenderEngineScalingParams> sibling;
-        EXPECT_EQ(E_NOINTERFACE, engine.As(&sibling)) << "the outer object decides what is offered";
-        long layers = -1;
-        EXPECT_EQ(S_OK, engine->get_Layers(&layers));
-        EXPECT_EQ(0, layers);
-    }
+    EXPECT_EQ(E_POINTER, inner->QueryInterface(IID_IUnknown, nullptr));
+    ASSERT_EQ(S_OK, inner.As(&engine));
     EXPECT_EQ(1, outer.references);
+    EXPECT_EQ(S_OK, engine.As(&identity));
+    EXPECT_EQ(&outer, identity.Get());
+    EXPECT_EQ(E_NOINTERFACE, engine->QueryInterface(IID_ISupportErrorInfo, &none)) << "the outer's to say";
+    identity.Reset();
+    engine.Reset();
     EXPECT_EQ(S_FALSE, canUnload());
     inner.Reset();
     EXPECT_EQ(S_OK, canUnload());
 }
 
-TEST_P(ServerClassTest, DescribesItself) {
-    const auto info = create<IProvideClassInfo2>();
+TEST_P(ServerEngine, DescribesItself) {
+    ComPtr<IProvideClassInfo2> info;
+    ComPtr<ISupportErrorInfo> support;
+    ASSERT_TRUE(engine.As(&info) == S_OK && engine.As(&support) == S_OK);
+    GUID guid = row.clsid;
     EXPECT_EQ(E_POINTER, info->GetClassInfo(nullptr));
-    ComPtr<ITypeInfo> type;
-    ASSERT_EQ(S_OK, info->GetClassInfo(&type));
-    TYPEATTR* attributes = nullptr;
-    ASSERT_EQ(S_OK, type->GetTypeAttr(&attributes));
-    EXPECT_EQ(TKIND_COCLASS, attributes->typekind);
-    EXPECT_EQ(GetParam().clsid, attributes->guid);
-    type->ReleaseTypeAttr(attributes);
-
-    GUID guid = GetParam().clsid;
     EXPECT_EQ(E_POINTER, info->GetGUID(GUIDKIND_DEFAULT_SOURCE_DISP_IID, nullptr));
     EXPECT_EQ(E_INVALIDARG, info->GetGUID(2, &guid));
     EXPECT_EQ(GUID{}, guid);
     EXPECT_EQ(S_OK, info->GetGUID(GUIDKIND_DEFAULT_SOURCE_DISP_IID, &guid));
     EXPECT_EQ(__uuidof(ITalRenderEngine), guid);
-
-    const auto support = create<ISupportErrorInfo>();
-    EXPECT_EQ(S_OK, support->InterfaceSupportsErrorInfo(__uuidof(ITalRenderEngine)));
     EXPECT_EQ(S_OK, support->InterfaceSupportsErrorInfo(IID_IUnknown));
 }
 
-TEST_P(ServerClassTest, ReportsThatItIsNotInitialized) {
-    const auto engine = create<ITalRenderEngine2>();
-    const std::wstring source = GetParam().progId();
+TEST_P(ServerEngine, FailsWithOrWithoutErrorInformation) {
     const auto expectUninitialized = [&](HRESULT hr) {
-        expectError(static_cast<HRESULT>(0x80044001), L"Engine uninitialized.", hr, source);
+        expectError(static_cast<HRESULT>(0x80044001), L"Engine uninitialized.", hr, row.progId());
     };
     expectUninitialized(engine->SetExtent(1, 1));
     expectUninitialized(engine->DrawImage(0, nullptr, 0, 0, 1, 0, 0, 1, 1, 0));
@@ -213,45 +142,86 @@ TEST_P(ServerClassTest, ReportsThatItIsNotInitialized) {
     expectUninitialized(engine->GetDrawContext(0, nullptr));
     expectUninitialized(engine->ReleaseDrawContext(0, 0));
     expectUninitialized(engine->RefreshScreen(0, 0, 0, 0, 1, 1));
-    if (GetParam().rendersToTargets) {
-        const auto targets = create<ITalRenderTargetAccess>();
+    if (ComPtr<ITalRenderTargetAccess> targets; engine.As(&targets) == S_OK) {
         expectUninitialized(targets->SetRenderTargetFromHDC(0));
         expectUninitialized(targets->SetRenderTargetFromDIB(nullptr));
         expectUninitialized(targets->CreateDIBRenderTarget(talRenderTargetFormatUnspecified, nullptr));
     }
-    VARIANT_BOOL initialized = VARIANT_TRUE;
-    EXPECT_EQ(S_OK, engine->get_Initialized(&initialized));
-    EXPECT_EQ(VARIANT_FALSE, initialized);
-}
-
-TEST_P(ServerClassTest, ReportsNullPointersByTheMethodsName) {
-    const auto engine = create<ITalRenderEngine2>();
-    const std::wstring source = GetParam().progId();
     long value = 0;
-    expectError(E_POINTER, L"get_Initialized", engine->get_Initialized(nullptr), source);
-    expectError(E_POINTER, L"GetExtent", engine->GetExtent(&value, nullptr), source);
-    expectError(E_POINTER, L"GetExtent", engine->GetExtent(nullptr, &value), source);
-}
+    VARIANT_BOOL initialized = VARIANT_TRUE;
+    EXPECT_TRUE(engine->get_Initialized(&initialized) == S_OK && initialized == VARIANT_FALSE);
+    expectError(E_POINTER, L"get_Initialized", engine->get_Initialized(nullptr), row.progId());
+    expectError(E_POINTER, L"GetExtent", engine->GetExtent(&value, nullptr), row.progId());
+    expectError(E_POINTER, L"GetExtent", engine->GetExtent(nullptr, &value), row.progId());
 
-TEST_P(ServerClassTest, SomeMethodsFailWithoutErrorInformation) {
-    const auto engine = create<ITalRenderEngine2>();
-    takeErrorInfo();
     BSTR untouched = reinterpret_cast<BSTR>(1);
-    expectBare(E_NOTIMPL, engine->DumpInfo(&untouched));
+    ComPtr<ITalRenderEngineScalingParams> scaling;
+    EXPECT_EQ(S_OK, engine.As(&scaling));
+    EXPECT_TRUE(engine->DumpInfo(nullptr) == E_NOTIMPL && engine->DumpInfo(&untouched) == E_NOTIMPL);
     EXPECT_EQ(reinterpret_cast<BSTR>(1), untouched);
-    expectBare(E_NOTIMPL, engine->DumpInfo(nullptr));
-    expectBare(E_INVALIDARG, engine->AdviseRenderEvents(nullptr));
-    expectBare(E_POINTER, engine->get_Layers(nullptr));
-    expectBare(E_POINTER, create<ITalRenderEngineScalingParams>()->get_ScalingMethod(nullptr));
-    expectBare(E_POINTER, engine->get_Image8GreyColorMap(0, nullptr));
-    expectBare(E_POINTER, engine->get_Image8GreyWholeColorMap(nullptr));
-    expectBare(E_POINTER, engine->get_Image16GreyColorMap(nullptr));
-    expectBare(E_POINTER, engine->get_Image16RangeColorMap(nullptr));
-    expectBare(E_POINTER, engine->get_VisiblePixelMaskEnable(nullptr));
-    expectBare(E_POINTER, engine->get_VisiblePixelMaskColor(nullptr));
+    EXPECT_EQ(E_INVALIDARG, engine->AdviseRenderEvents(nullptr));
+    for (const HRESULT hr :
+         {engine->get_Layers(nullptr), scaling->get_ScalingMethod(nullptr),
+          engine->get_Image8GreyColorMap(0, nullptr), engine->get_Image8GreyWholeColorMap(nullptr),
+          engine->get_Image16GreyColorMap(nullptr), engine->get_Image16RangeColorMap(nullptr),
+          engine->get_VisiblePixelMaskEnable(nullptr), engine->get_VisiblePixelMaskColor(nullptr)}) {
+        expectBare(E_POINTER, hr);
+    }
 }
 
-INSTANTIATE_TEST_SUITE_P(Server, ServerClassTest, testing::ValuesIn(serverClasses), testNameOf);
+TEST(ServerModule, ThreadsAskingAtOnceGetTheSameClassObject) {
+    const ModuleCopy copy(L"C:\\copy");
+    const auto ask = [&](ComPtr<IClassFactory>& factory) {
+        return classObject(copy.module, serverClasses[0].clsid, IID_PPV_ARGS(&factory));
+    };
+    ComPtr<IClassFactory> mine, others;
+    bool outOfMemory = true, asked = false;
+    ImportHook<"malloc", void*(std::size_t)> allocate(copy.module, [&](std::size_t size) {
+        return std::exchange(outOfMemory, false) ? nullptr : allocate.original(size);
+    });
+    EXPECT_EQ(E_OUTOFMEMORY, ask(mine));
+    EXPECT_EQ(nullptr, mine.Get());
+    // This thread has found no class object yet, and another one makes it meanwhile.
+    ImportHook<HOOK(EnterCriticalSection)> enter(copy.module, [&](CRITICAL_SECTION* section) {
+        if (!std::exchange(asked, true)) {
+            std::thread([&] { ask(others); }).join();
+        }
+        enter.original(section);
+    });
+    EXPECT_EQ(S_OK, ask(mine));
+    EXPECT_TRUE(asked && mine) << "the class object is made without the lock";
+    EXPECT_EQ(others.Get(), mine.Get());
+}
+
+TEST(ServerModule, KeepsWhatItCachesUntilItIsUnloaded) {
+    int before = 0;
+    for (int life = 0; life < 40; ++life) {
+        before = life == 20 ? blocksInUse() : before;
+        const ServerClass& row = serverClasses[life % 2];
+        ITypeInfo* type = nullptr;
+        {
+            const ModuleCopy copy(L"C:\\copy");
+            const auto object = createObject<IProvideClassInfo2>(copy.module, row.clsid);
+            int loads = 0;
+            ImportHook<HOOK(LoadTypeLibEx)> load(copy.module, [&](auto... args) {
+                return ++loads > 1 ? load.original(args...) : TYPE_E_CANTLOADLIBRARY;
+            });
+            for (const HRESULT hr : {TYPE_E_CANTLOADLIBRARY, S_OK, S_OK}) {
+                type = reinterpret_cast<ITypeInfo*>(1);
+                EXPECT_EQ(hr, object->GetClassInfo(&type));
+                EXPECT_EQ(hr == S_OK, type != nullptr);
+            }
+            EXPECT_EQ(2, loads);
+        }
+        TYPEATTR* attributes = nullptr;
+        EXPECT_EQ(S_OK, type->GetTypeAttr(&attributes));
+        EXPECT_TRUE(attributes->guid == row.clsid && attributes->typekind == TKIND_COCLASS);
+        type->ReleaseTypeAttr(attributes);
+        EXPECT_EQ(1u, type->Release()) << "two were handed out, and the module's own is gone with it";
+        EXPECT_EQ(0u, type->Release());
+    }
+    EXPECT_EQ(before, blocksInUse());
+}
 
 } // namespace
 } // namespace talx::test

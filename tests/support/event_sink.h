@@ -1,6 +1,8 @@
 // An owner's event sink that records what it is told and may answer.
 #pragma once
 
+#include "tests/support/stack_object.h"
+
 #include "talxrend.h"
 
 #include <functional>
@@ -13,14 +15,12 @@ struct LayerEvent {
     bool operator==(const LayerEvent&) const = default;
 };
 
-// Lives on the test's stack: an engine holds no reference to its sink, and the count shows that it takes
-// none.
-class EventSink final : public ITalRenderEngineEvents {
+// An engine holds no reference to its sink: the count shows that it takes none.
+class EventSink final : public StackObject<ITalRenderEngineEvents> {
 public:
     std::vector<LayerEvent> events;
     std::function<void(const LayerEvent&)> answer; // called after the event is recorded; may call the engine
     HRESULT result = S_OK;
-    long references = 0;
 
     STDMETHOD(InvalidateLayers)(long first, long last, long l, long t, long r, long b) override {
         events.push_back({first, last, l, t, r, b});
@@ -29,12 +29,6 @@ public:
         }
         return result;
     }
-    STDMETHOD(QueryInterface)(REFIID, void** object) override {
-        *object = nullptr;
-        return E_NOINTERFACE;
-    }
-    STDMETHOD_(ULONG, AddRef)() override { return ++references; }
-    STDMETHOD_(ULONG, Release)() override { return --references; }
 };
 
 } // namespace talx::test

@@ -3,26 +3,12 @@
 
 namespace talx::test {
 
-namespace {
-
-HMODULE load(const char* path) {
-    HMODULE module = LoadLibraryA(path);
-    if (!module) {
-        fprintf(stderr, "%s cannot be loaded: error %lu\n", path, GetLastError());
-        exit(EXIT_FAILURE);
-    }
-    return module;
-}
-
-} // namespace
-
 HMODULE engineModule() {
-    static const HMODULE module = load(TALXREND_PATH);
+    static const HMODULE module = LoadLibraryA(TALXREND_PATH);
     return module;
 }
-
 HMODULE imageModule() {
-    static const HMODULE module = load(TALXSTD_PATH);
+    static const HMODULE module = LoadLibraryA(TALXSTD_PATH);
     return module;
 }
 
@@ -30,7 +16,9 @@ HMODULE imageModule() {
 
 int main(int argc, char** argv) {
     testing::InitGoogleTest(&argc, argv);
-    if (FAILED(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED))) {
+    if (FAILED(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED)) || !talx::test::engineModule() ||
+        !talx::test::imageModule()) {
+        fputs("COM is not there, or one of the DLLs under test cannot be loaded\n", stderr);
         return EXIT_FAILURE;
     }
     const int result = RUN_ALL_TESTS();

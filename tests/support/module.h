@@ -1,4 +1,4 @@
-// The DLLs under test, loaded from this build, and ways to create their objects. The program's thread is a
+// The DLLs under test, loaded from this build, and the way to create their objects. The program's thread is a
 // single-threaded apartment from main on.
 #pragma once
 
@@ -6,12 +6,20 @@
 #include <objbase.h>
 #include <wrl/client.h>
 
+#include <string>
+
 namespace talx::test {
 
 using Microsoft::WRL::ComPtr;
 
 HMODULE engineModule(); // talxrend.dll, loaded for the life of the program
 HMODULE imageModule();  // talxstd.dll
+
+inline std::wstring pathOf(HMODULE module) {
+    wchar_t path[MAX_PATH] = L"";
+    GetModuleFileNameW(module, path, MAX_PATH);
+    return path;
+}
 
 template <class Function>
 Function* exported(HMODULE module, const char* name) {
@@ -28,19 +36,7 @@ ComPtr<Interface> createObject(HMODULE module, const CLSID& clsid) {
     ComPtr<IClassFactory> factory;
     ComPtr<Interface> object;
     EXPECT_EQ(S_OK, classObject(module, clsid, IID_PPV_ARGS(&factory)));
-    if (factory) {
-        EXPECT_EQ(S_OK, factory->CreateInstance(nullptr, IID_PPV_ARGS(&object)));
-    }
-    return object;
-}
-
-// Creates an object as an owner does, by its registered name; null when that fails.
-template <class Interface>
-ComPtr<Interface> createByProgId(const wchar_t* progId) {
-    CLSID clsid{};
-    ComPtr<Interface> object;
-    EXPECT_EQ(S_OK, CLSIDFromProgID(progId, &clsid)) << "not registered";
-    EXPECT_EQ(S_OK, CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER, IID_PPV_ARGS(&object)));
+    EXPECT_EQ(S_OK, factory ? factory->CreateInstance(nullptr, IID_PPV_ARGS(&object)) : E_FAIL);
     return object;
 }
 
