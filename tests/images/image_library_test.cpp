@@ -1,189 +1,210 @@
-// The image classes of talxstd.dll: their memory, their accesses, and the engine drawing them.
-#include "tests/images/painting.h"
+// The image classes of talxstd.dll: their memory, their accesses, and what they say when they fail. That the
+// engine draws them is shown by every scaled image.
+#include "tests/support/error_info.h"
+#include "tests/support/stack_object.h"
+
+#include <algorithm>
+#include <atomic>
+#include <climits>
+#include <thread>
 
 namespace talx::test {
 namespace {
 
-using Kind = model::Kind;
+using Access = ComPtr<ITalPelAccess>;
+using Target = std::pair<std::uint8_t*, long>; // data and row stride
 
-const CLSID classes[] = {__uuidof(TalImage8Grey), __uuidof(TalImageColor), __uuidof(TalImage16Grey),
-                         __uuidof(TalImage16Range)};
+Target target(const Access& access, HRESULT expected = S_OK) {
+    __int64 data = 1;
+    long stride = 1;
+    EXPECT_TRUE(access->get_Data(&data) == expected && access->get_RowStride(&stride) == expected);
+    return {reinterpret_cast<std::uint8_t*>(data), stride};
+}
 
-// Counts the references to an owner's memory. Lives on the test's stack.
-struct KeepAlive final : IUnknown {
-    ~KeepAlive() { EXPECT_EQ(0, references); }
-    long references = 0;
-    STDMETHOD(QueryInterface)(REFIID, void** object) override { return *object = nullptr, E_NOINTERFACE; }
-    STDMETHOD_(ULONG, AddRef)() override { return ++references; }
-    STDMETHOD_(ULONG, Release)() override { return --references; }
+struct ImageClass {
+    CLSID clsid;
+    IID kind;
+    std::wstring name;
+    long fewest, planes, bytes; // of a pel of plane 0
 };
 
-// A read, write or other access, unlocked at the end of its scope.
-struct Access {
-    Access(ITalImageMemory* memory, long plane, int mode = talPelAccessReadWrite) {
-        __int64 address = 0;
-        EXPECT_EQ(S_OK, memory->CreatePlaneAccess(plane, static_cast<TalPelAccessMode>(mode), &access));
-        EXPECT_EQ(S_OK, access->get_Data(&address));
-        EXPECT_EQ(S_OK, access->get_RowStride(&stride));
-        data = reinterpret_cast<std::uint8_t*>(address);
+struct ImageLibrary : testing::TestWithParam<ImageClass> {
+    HRESULT wrap(long n, long w, long h, const void* data, long stride, IUnknown* alive = nullptr) const {
+        return memory->Wrap(n, w, h, reinterpret_cast<__int64>(data), stride, alive);
     }
-    ~Access() { EXPECT_EQ(S_OK, access->Unlock()); }
-
-    ComPtr<ITalPelAccess> access;
-    std::uint8_t* data;
-    long stride = 0;
-};
-
-struct ImageLibrary : testing::TestWithParam<int> {
-    const Kind kind = static_cast<Kind>(GetParam());
-    const ComPtr<ITalImageMemory> memory = createObject<ITalImageMemory>(imageModule(), classes[GetParam()]);
-    const long planes = kind == Kind::color     ? 3
-                        : kind == Kind::range16 ? 2
-                                                : 1,
-               fewest = planes == 2 ? 1 : planes;
-    const int bytes = kind == Kind::grey16 || kind == Kind::range16 ? 2 : 1; // per pixel of the first plane
-
-    std::pair<long, long> size() const {
-        ComPtr<ITalImage> image;
-        std::pair<long, long> result{-1, -1};
-        EXPECT_EQ(S_OK, memory.As(&image));
-        EXPECT_EQ(S_OK, image->get_Width(&result.first));
-        EXPECT_EQ(S_OK, image->get_Height(&result.second));
-        return result;
+    HRESULT open(long n, ITalPelAccess** result, int mode = talPelAccessRead) const {
+        return memory->CreatePlaneAccess(n, static_cast<TalPelAccessMode>(mode), result);
     }
-    HRESULT wrap(long plane, long w, long h, const void* data, long stride, IUnknown* alive = nullptr) const {
-        return memory->Wrap(plane, w, h, reinterpret_cast<__int64>(data), stride, alive);
+    // Of the image, or of a colour image's last plane. A range image has none.
+    HRESULT part(ITalPelAccess** result, long l, long t, long w, long h) const {
+        return source16 ? source16->CreatePelAccess(talPelAccessRead, l, t, w, h, result)
+                        : source->CreatePelAccess(talPelAccessRead, l, t, w, h, result);
+    }
+    void expectSize(long width, long height) const {
+        long w = -1, h = -1;
+        EXPECT_TRUE(image->get_Width(&w) == S_OK && image->get_Height(&h) == S_OK && w == width &&
+                    h == height);
+    }
+
+    const ImageClass& row = GetParam();
+    const ComPtr<ITalImageMemory> memory = createObject<ITalImageMemory>(imageModule(), row.clsid);
+    ComPtr<ITalImage> image;
+    ComPtr<ITalImageColor> color;
+    ComPtr<ITalImage16Range> range;
+    ComPtr<IUnknown> plane;
+    ComPtr<ITalPelAccessSource> source;
+    ComPtr<ITalPelAccessSource16> source16;
+    void SetUp() override {
+        ASSERT_EQ(S_OK, memory->QueryInterface(row.kind, &image));
+        const bool planes = memory.As(&color) == S_OK && color->GetPlane(2, &plane) == S_OK;
+        ASSERT_TRUE(planes || memory.As(&plane) == S_OK);
+        ASSERT_EQ(1,
+                  (plane.As(&source) == S_OK) + (memory.As(&source16) == S_OK) + (memory.As(&range) == S_OK));
     }
 };
-INSTANTIATE_TEST_SUITE_P(Classes, ImageLibrary, testing::Values(0, 1, 2, 3));
+INSTANTIATE_TEST_SUITE_P(
+    Classes, ImageLibrary,
+    testing::Values(
+        ImageClass{__uuidof(TalImage8Grey), __uuidof(ITalImage8Grey), L"TalImage8Grey", 1, 1, 1},
+        ImageClass{__uuidof(TalImageColor), __uuidof(ITalImageColor), L"TalImageColor", 3, 3, 1},
+        ImageClass{__uuidof(TalImage16Grey), __uuidof(ITalImage16Grey), L"TalImage16Grey", 1, 1, 2},
+        ImageClass{__uuidof(TalImage16Range), __uuidof(ITalImage16Range), L"TalImage16Range", 1, 2, 2}));
 
-TEST_P(ImageLibrary, AllocatesZeroedMemory) {
-    ITalPelAccess* none = reinterpret_cast<ITalPelAccess*>(1);
-    EXPECT_EQ(E_FAIL, memory->CreatePlaneAccess(0, talPelAccessRead, &none)) << "no memory yet";
-    EXPECT_EQ(nullptr, none);
-    for (const int round : {0, 1}) { // freed memory may come again
-        EXPECT_EQ(S_OK, memory->Allocate(1300, 7 + round, planes));
-        for (long plane = 0; plane < planes; ++plane) {
-            const Access a(memory.Get(), plane);
-            const int row = 1300 * (plane ? 1 : bytes);
-            EXPECT_GE(a.stride, row);
-            for (int y = 0; y < 7 + round; ++y) {
-                EXPECT_EQ(0, std::count_if(a.data + y * a.stride, a.data + y * a.stride + row,
-                                           [](auto b) { return b; }));
-            }
-            std::memset(a.data, 255, 7 * a.stride);
+TEST_P(ImageLibrary, SaysWhichArgumentIsWrong) {
+    Access access;
+    IID face = __uuidof(ITalImageMemory);
+    const auto fails = [&](HRESULT expected, const wchar_t* argument, HRESULT actual) {
+        const ErrorInfo info = takeErrorInfo();
+        EXPECT_TRUE(actual == expected && info.interfaceId == face && !access) << std::hex << actual;
+        EXPECT_EQ(L"Hemlar." + row.name + L".1", info.source);
+        EXPECT_NE(info.description.npos, info.description.find(argument)) << info.description;
+    };
+    fails(E_FAIL, L"no memory", open(0, &access));
+    EXPECT_EQ(S_OK, memory->Allocate(9, 7, row.planes));
+    for (const auto& [w, h] : {std::pair(0L, 7L), {9, 0}, {-1, 7}, {9, -1}}) {
+        fails(E_INVALIDARG, L"Width and Height must be at least 1", memory->Allocate(w, h, row.planes));
+        fails(E_INVALIDARG, L"Width and Height must be at least 1", wrap(0, w, h, this, 90));
+    }
+    for (const long n : {-1L, row.planes}) {
+        fails(E_INVALIDARG, L"Planes", memory->Allocate(9, 7, n < 0 ? row.fewest - 1 : n + 1));
+        fails(E_INVALIDARG, L"Plane is not", wrap(n, 9, 7, this, 90));
+        fails(E_INVALIDARG, L"Plane is not", open(n, &access));
+        fails(E_INVALIDARG, L"Mode", open(0, &access, n < 0 ? 0 : 4));
+        fails(E_INVALIDARG, L"RowStride", wrap(0, 9, 7, this, n < 0 ? 1 - 9 * row.bytes : 9 * row.bytes - 1));
+        if (row.planes > 1) {
+            fails(E_INVALIDARG, L"those of plane 0",
+                  n < 0 ? wrap(1, 8, 7, this, 90) : wrap(1, 9, 8, this, 90));
         }
     }
-    for (const auto& [w, h, n] : {std::tuple{0L, 7L, planes},
-                                  {13, 0, planes},
-                                  {-1, 7, planes},
-                                  {13, least, planes},
-                                  {13, 7, 0},
-                                  {13, 7, planes + 1},
-                                  {13, 7, -1},
-                                  {13, 7, fewest - 1}}) {
-        EXPECT_EQ(E_INVALIDARG, memory->Allocate(w, h, n));
+    fails(E_OUTOFMEMORY, L"RowStride", memory->Allocate(LONG_MAX, 1, row.planes));
+    fails(E_OUTOFMEMORY, L"Width x Height", memory->Allocate(LONG_MAX / 4, LONG_MAX, row.planes));
+    fails(E_POINTER, L"Data", wrap(0, 9, 7, nullptr, 90));
+    fails(E_POINTER, L"ppAccess", open(0, nullptr));
+    face = row.kind;
+    fails(E_POINTER, L"result", image->get_Width(nullptr));
+    fails(E_POINTER, L"result", image->get_Height(nullptr));
+    if (color) {
+        IUnknown* none = nullptr;
+        fails(E_POINTER, L"result", color->GetPlane(0, nullptr));
+        fails(E_INVALIDARG, L"Plane", color->GetPlane(-1, &none));
+        fails(E_INVALIDARG, L"Plane", color->GetPlane(3, &none));
+    } else if (range) {
+        fails(E_POINTER, L"ppValues", range->CreatePelAccesses(nullptr, &access));
+        fails(E_POINTER, L"ppMask", range->CreatePelAccesses(&access, nullptr));
     }
-    EXPECT_EQ(E_OUTOFMEMORY, memory->Allocate(most, most, planes));
-    EXPECT_EQ(std::pair(1300L, 8L), size()) << "as it was";
-    const Access old(memory.Get(), 0);
-    EXPECT_EQ(S_OK, memory->Allocate(1, 1, fewest));
-    std::memset(old.data, 1, 8 * old.stride); // lives as long as the access
+    face = source ? __uuidof(ITalPelAccessSource) : __uuidof(ITalPelAccessSource16);
+    for (const auto& [l, t, w, h] : {std::tuple(-1, 0, 9, 7),
+                                     {0, -1, 9, 7},
+                                     {1, 0, 9, 7},
+                                     {0, 1, 9, 7},
+                                     {0, 0, 0, 7},
+                                     {0, 0, 9, 0},
+                                     {INT_MAX, INT_MAX, INT_MAX, INT_MAX}}) {
+        range ? void() : fails(E_INVALIDARG, L"Left, Top, Width and Height", part(&access, l, t, w, h));
+    }
+    range ? void() : fails(E_POINTER, L"ppAccess", part(nullptr, 0, 0, 9, 7));
+    expectSize(9, 7); // as it was
 
-    for (const auto& [plane, mode] : {std::pair{-1L, 1}, {planes, 1}, {0L, 0}, {0L, 4}, {0L, -1}}) {
-        none = reinterpret_cast<ITalPelAccess*>(1);
-        EXPECT_EQ(E_INVALIDARG, memory->CreatePlaneAccess(plane, static_cast<TalPelAccessMode>(mode), &none));
-        EXPECT_EQ(nullptr, none);
+    Access ended;
+    EXPECT_EQ(S_OK, open(0, &ended));
+    face = __uuidof(ITalPelAccess);
+    fails(E_POINTER, L"result", ended->get_Data(nullptr));
+    fails(E_POINTER, L"result", ended->get_RowStride(nullptr));
+    EXPECT_EQ(S_OK, ended->Unlock());
+    fails(E_UNEXPECTED, L"unlocked already", ended->Unlock());
+    EXPECT_EQ(Target(nullptr, 0), target(ended, E_UNEXPECTED));
+    ComPtr<ISupportErrorInfo> supports[3];
+    EXPECT_TRUE(image.As(&supports[0]) == S_OK && plane.As(&supports[1]) == S_OK &&
+                ended.As(&supports[2]) == S_OK);
+}
+
+TEST_P(ImageLibrary, AllocatesZeroedMemory) {
+    Access access;
+    for (const long rows : {8, 7}) { // freed memory may come again
+        EXPECT_EQ(S_OK, memory->Allocate(1300, rows, row.planes));
+        for (long n = row.planes - 1; n >= 0; --n) {
+            EXPECT_EQ(S_OK, open(n, access.ReleaseAndGetAddressOf(), talPelAccessReadWrite));
+            const auto [data, stride] = target(access);
+            EXPECT_LE(1300 * (n ? 1 : row.bytes), stride);
+            EXPECT_EQ(rows * stride, std::count(data, data + rows * stride, 0));
+            std::fill_n(data, rows * stride, 255);
+        }
     }
-    EXPECT_EQ(E_POINTER, memory->CreatePlaneAccess(0, talPelAccessRead, nullptr));
+    EXPECT_EQ(S_OK, memory->Allocate(1, 1, row.fewest));
+    std::fill_n(target(access).first, 7 * target(access).second, 1); // lives as long as the access
 }
 
 TEST_P(ImageLibrary, WrapsMemoryForAsLongAsItIsNeeded) {
-    KeepAlive keep, other;
-    std::uint8_t own[4][400]{};
-    EXPECT_EQ(std::pair(0L, 0L), size());
-    EXPECT_EQ(E_POINTER, wrap(0, 9, 9, nullptr, 40, &keep));
-    for (const auto& [plane, w, h, stride] : {std::tuple{-1L, 9L, 9L, 40L},
-                                              {planes, 9, 9, 40},
-                                              {0, 0, 9, 40},
-                                              {0, 9, -1, 40},
-                                              {0, 9, 9, 0},
-                                              {0, 9, 9, 8},
-                                              {0, 9, 9, -8}}) {
-        EXPECT_EQ(E_INVALIDARG, wrap(plane, w, h, own[0], stride, &keep));
+    StackObject<IUnknown> keep, other;
+    std::uint8_t own[3][200]{};
+    Access access, held;
+    expectSize(0, 0);
+    for (long n = 0; n < row.planes; ++n) { // the last row first
+        EXPECT_EQ(S_OK, wrap(n, 9, 9, own[n] + 161, -20, &keep));
+        EXPECT_EQ(S_OK, open(n, access.ReleaseAndGetAddressOf()));
+        EXPECT_EQ(Target(own[n] + 161, -20), target(access));
     }
-    EXPECT_EQ(0, keep.references);
-    for (long plane = 0; plane < planes; ++plane) { // the last row first
-        EXPECT_EQ(S_OK, wrap(plane, 9, 9, own[plane] + 8 * 21 + 1, -21, &keep));
-        const Access a(memory.Get(), plane);
-        EXPECT_EQ(own[plane] + 8 * 21 + 1, a.data);
-        EXPECT_EQ(-21, a.stride);
-    }
-    EXPECT_EQ(std::pair(9L, 9L), size());
-    EXPECT_LE(planes, keep.references);
-    if (planes > 1) {
-        EXPECT_EQ(E_INVALIDARG, wrap(1, 8, 9, own[1], 40)) << "every plane has the size of the first";
-        EXPECT_EQ(E_INVALIDARG, wrap(1, 9, 8, own[1], 40));
-        EXPECT_EQ(S_OK, wrap(1, 9, 9, own[1], 40, &other));
-        EXPECT_LT(0, other.references);
-    }
-    {
-        const Access held(memory.Get(), 0);
-        EXPECT_EQ(S_OK, wrap(0, 1, 1, own[3], 0)) << "a single row needs no distance to the next";
-        EXPECT_EQ(0, other.references) << "the other planes are dropped";
-        EXPECT_EQ(std::pair(1L, 1L), size());
-        EXPECT_LT(0, keep.references) << "the access needs the memory";
-    }
+    expectSize(9, 9);
+    EXPECT_EQ(S_OK, range ? range->CreatePelAccesses(&held, &access) : part(&access, 3, 2, 6, 7));
+    EXPECT_EQ(Target(own[row.planes - 1] + 161 - (range ? 0 : 40 - 3 * row.bytes), -20), target(access));
+    EXPECT_EQ(S_OK, range ? range->CreatePelAccesses(&held, &access) : part(&held, 0, 0, 0, 0));
+    EXPECT_EQ(Target(own[range ? 0 : row.planes - 1] + 161, -20), target(held));
+    EXPECT_TRUE(row.planes == 1 || wrap(1, 9, 9, own[1], 40, &other) == S_OK);
+    EXPECT_EQ(S_OK, wrap(0, 1, 1, own[0], 0)) << "a single row needs no distance to the next";
+    EXPECT_EQ(0, other.references) << "the other planes are dropped";
+    expectSize(1, 1);
+    access.Reset();
+    EXPECT_LT(0, keep.references) << "the access needs the memory";
+    held.Reset();
     EXPECT_EQ(0, keep.references);
     EXPECT_EQ(S_OK, wrap(0, 9, 9, own[0], 40, &keep));
-    ComPtr<ITalPelAccess> twice;
-    EXPECT_EQ(S_OK, memory->CreatePlaneAccess(0, talPelAccessRead, &twice));
-    EXPECT_EQ(S_OK, twice->Unlock());
-    EXPECT_TRUE(FAILED(twice->Unlock()));
-    twice.Reset();
-    EXPECT_EQ(S_OK, memory->Allocate(2, 2, fewest));
+    EXPECT_EQ(S_OK, memory->Allocate(2, 2, row.fewest));
     EXPECT_EQ(0, keep.references);
 }
 
-struct ImageLibraryDrawn : ImageLibrary, GdiView {
-    ImageLibraryDrawn() : GdiView(32) { EXPECT_EQ(S_OK, initialize()); }
-};
-INSTANTIATE_TEST_SUITE_P(Classes, ImageLibraryDrawn, testing::Values(0, 1, 2, 3));
-
-// Allocated or wrapped, at scale 1 and scaled.
-TEST_P(ImageLibraryDrawn, ShowsWhatTheModelShows) {
-    const ImageStore store;
-    model::ColorState colors;
-    colors.maskEnabled = true;
-    EXPECT_EQ(S_OK, engine->put_VisiblePixelMaskEnable(VARIANT_TRUE));
-    for (unsigned number = 0; number < 40; ++number) {
-        Random random(number);
-        const int w = random.between(1, 30), h = random.between(1, 30), depth = random.between(0, 5);
-        const double scale = random.oneIn(2) ? 1 : random.real(0.3, 3);
-        TwinImage picture(random, store, kind, w, h, number % 4 < 2, depth);
-        const long count = static_cast<long>(picture.planes.size());
-        EXPECT_TRUE(number % 2 || memory->Allocate(w, h, count) == S_OK);
-        for (long plane = 0; plane < count; ++plane) {
-            const auto& [data, stride] = picture.planes[plane];
-            if (number % 2) {
-                EXPECT_EQ(S_OK, wrap(plane, w, h, data, stride));
-                continue;
-            }
-            const Access a(memory.Get(), plane, talPelAccessWrite);
-            for (int y = 0; y < h; ++y) {
-                const auto* row = static_cast<const std::uint8_t*>(data) + y * stride;
-                std::copy_n(row, w * (plane ? 1 : bytes), a.data + y * a.stride);
-            }
+// One thread gives the image other memory while two look at it: what these see belongs together.
+TEST_P(ImageLibrary, ServesThreadsAtOnce) {
+    StackObject<IUnknown> keep;
+    std::uint8_t own[64]{};
+    EXPECT_EQ(S_OK, memory->Allocate(100, 2, row.fewest));
+    std::atomic<int> looking = 2;
+    const auto look = [&] {
+        for (long width = 0, i = 0; i < 5000; ++i) {
+            Access access;
+            EXPECT_EQ(S_OK, open(0, &access));
+            EXPECT_EQ(target(access).first == own ? 8 : 96 * row.bytes + 16, target(access).second);
+            EXPECT_TRUE(image->get_Width(&width) == S_OK && (width == 3 || width == 100));
         }
-        ComPtr<ITalImage> image;
-        ComPtr<ITalImage16Grey> grey16;
-        EXPECT_EQ(S_OK, memory.As(&image));
-        EXPECT_TRUE(FAILED(memory.As(&grey16)) || grey16->put_DepthCode(depth) == S_OK);
-        BufferTwin twin(*this, random);
-        model::drawImage(twin.buffer, picture.twin, colors, 3, -2, scale, everywhere, 0);
-        EXPECT_EQ(S_OK, engine->DrawImage(0, image.Get(), 3, -2, scale, least, least, most, most, 0));
-        ASSERT_TRUE(twin.holds()) << "case " << number;
+        --looking;
+    };
+    std::thread first(look), second(look);
+    for (int i = 0; looking; ++i) {
+        EXPECT_EQ(S_OK, i % 2 ? memory->Allocate(100, 2, row.fewest) : wrap(0, 3, 2, own, 8, &keep));
     }
+    first.join();
+    second.join();
+    EXPECT_EQ(S_OK, memory->Allocate(1, 1, row.fewest));
+    EXPECT_EQ(0, keep.references);
 }
 
 } // namespace
