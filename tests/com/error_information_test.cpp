@@ -88,14 +88,19 @@ TEST_F(ServerErrors, LeaveNoInformationWhenThereIsNoMemoryForIt) {
     }
 }
 
-TEST_F(ServerErrors, LeakNothing) {
+TEST_F(ServerErrors, TellThatMemoryHasRunOutAndLeakNothing) {
     int before = 0;
+    ComPtr<IClassFactory> factory;
+    ASSERT_EQ(S_OK, classObject(engineModule(), __uuidof(TalGDIRenderEngine), IID_PPV_ARGS(&factory)));
     for (int i = 0; i < 600; ++i) {
         before = i == 300 ? blocksInUse() : before;
-        ImportHook<"malloc", void*(std::size_t)> allocate(
-            engineModule(), [&](std::size_t size) { return i % 3 ? allocate.original(size) : nullptr; });
+        void* none = this;
         EXPECT_TRUE(FAILED(stepFails(E_FAIL)) && FAILED(helperRaises(E_FAIL)));
-        SetErrorInfo(0, nullptr);
+        const ImportHook<"malloc", void*(std::size_t)> allocate(engineModule(), [](auto) { return nullptr; });
+        expectError(E_OUTOFMEMORY, L"CreateInstance", factory->CreateInstance(nullptr, IID_IUnknown, &none),
+                    L"Hemlar.TalGDIRenderEngine.1", IID_IClassFactory);
+        EXPECT_TRUE(!none && FAILED(stepFails(E_FAIL)) && FAILED(helperRaises(E_FAIL)));
+        takeErrorInfo();
     }
     EXPECT_EQ(before, blocksInUse());
 }

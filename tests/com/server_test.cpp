@@ -7,7 +7,6 @@
 
 #include <ocidl.h>
 
-#include <set>
 #include <thread>
 
 namespace talx::test {
@@ -28,10 +27,7 @@ TEST(Server, ExportsFourFunctionsAndNeedsNoRedistributable) {
         EXPECT_EQ(CLASS_E_CLASSNOTAVAILABLE, classObject(module, IID_IUnknown, IID_IClassFactory, &none));
         EXPECT_EQ(nullptr, none);
         for (const std::string& name : importedModules(module)) {
-            EXPECT_TRUE((std::set<std::string>{"ADVAPI32.dll", "GDI32.dll", "KERNEL32.dll", "msvcrt.dll",
-                                               "ole32.dll", "OLEAUT32.dll", "USER32.dll"}
-                             .contains(name)))
-                << name;
+            EXPECT_FALSE(name.starts_with("lib")) << name << " belongs to the compiler";
         }
     }
 }

@@ -29,9 +29,8 @@ std::string reference(ITypeInfo* from, HREFTYPE href) {
     ComPtr<ITypeInfo> type;
     ComPtr<ITypeLib> library;
     UINT index = 0;
-    if (FAILED(from->GetRefTypeInfo(href, &type)) || FAILED(type->GetContainingTypeLib(&library, &index))) {
-        return "(unresolved)";
-    }
+    EXPECT_EQ(S_OK, from->GetRefTypeInfo(href, &type));
+    EXPECT_EQ(S_OK, type->GetContainingTypeLib(&library, &index));
     const std::string prefix = documentation(library.Get()).first;
     return (prefix == "RENDERENGLib" ? "" : prefix + ".") + documentation(type.Get()).first;
 }
@@ -113,19 +112,17 @@ TEST(TypeLibrary, StatesTheContract) {
     EXPECT_EQ((std::pair<std::string, std::string>{"RENDERENGLib", " \"Hemlar Render Engine Type Library\""}),
               documentation(library.Get()));
 
-    std::map<std::string, std::string> types; // by name
+    std::map<std::string, ComPtr<ITypeInfo>> types; // by name
     for (UINT i = 0; i < library->GetTypeInfoCount(); ++i) {
         ComPtr<ITypeInfo> type;
-        std::ostringstream text;
         ASSERT_EQ(S_OK, library->GetTypeInfo(i, &type));
-        writeType(text, type.Get());
-        types[documentation(type.Get()).first] = text.str();
+        types[documentation(type.Get()).first] = type;
     }
-    std::string actual;
+    std::ostringstream text;
     for (const auto& type : types) {
-        actual += type.second;
+        writeType(text, type.second.Get());
     }
-    EXPECT_EQ(std::string(contract, contract + std::wcslen(contract)), actual);
+    EXPECT_EQ(std::string(contract, contract + std::wcslen(contract)), text.str());
 }
 
 } // namespace

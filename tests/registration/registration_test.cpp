@@ -55,28 +55,30 @@ std::wstring text(const GUID& guid) {
 }
 
 // What registering a module writes that serves the classes of one of the DLLs.
-Lines keysOf(HMODULE module, HMODULE dll) {
+Lines keysOf(const std::wstring& path, HMODULE dll) {
     const bool engines = dll == engineModule();
-    const std::wstring path = pathOf(module), library = text(engines ? LIBID_RENDERENGLib : LIBID_talxstd),
-                       key = L"\\Typelib\\" + library, version = key + L"\\1.0", // the platform's spelling
-        title = engines ? L"Hemlar Render Engine Type Library" : L"Hemlar Standard Image Types";
+    const std::wstring library = text(engines ? LIBID_RENDERENGLib : LIBID_talxstd),
+                       key = L"\\Typelib\\" + library, version = key + L"\\1.0"; // the platform's spelling
     Lines lines{key,
-                version + L"@=" + title,
                 version + L"\\0",
-                version + L"\\0\\win64@=" + path + L"\\1",
                 version + L"\\FLAGS@=8",
-                version + L"\\HELPDIR@=" + path.substr(0, path.rfind(L'\\') + 1)};
+                version + L"\\0\\win64@=" + path + L"\\1",
+                version + L"\\HELPDIR@=" + path.substr(0, path.rfind(L'\\') + 1),
+                version + L"@=Hemlar " + (engines ? L"Render Engine Type Library" : L"Standard Image Types")};
     for (const ServerClass& row : serverClasses) {
-        const std::wstring id = text(row.clsid), name = L"\\Hemlar." + row.name,
-                           title = L"@=" + row.name + L" Class", key = L"\\CLSID\\" + id;
-        if (row.module() == dll) {
-            lines.merge(Lines{
-                name + L".1" + title, name + L".1\\CLSID@=" + id, name + title, name + L"\\CLSID@=" + id,
-                name + L"\\CurVer@=" + row.progId(), key + title, key + L"\\ProgID@=" + row.progId(),
-                key + L"\\VersionIndependentProgID@=" + name.substr(1), key + L"\\TypeLib@=" + library,
-                key + L"\\InprocServer32@=" + path + L"@ThreadingModel=" +
-                    (engines ? L"Apartment" : L"Both")});
-        }
+        const std::wstring id = text(row.clsid), name = L"\\Hemlar." + row.name, key = L"\\CLSID\\" + id,
+                           title = L"@=" + row.name + L" Class", model = engines ? L"Apartment" : L"Both";
+        const Lines ofClass{name + title,
+                            name + L"\\CLSID@=" + id,
+                            name + L"\\CurVer@=" + row.progId(),
+                            name + L".1" + title,
+                            name + L".1\\CLSID@=" + id,
+                            key + title,
+                            key + L"\\ProgID@=" + row.progId(),
+                            key + L"\\TypeLib@=" + library,
+                            key + L"\\VersionIndependentProgID@=" + name.substr(1),
+                            key + L"\\InprocServer32@=" + path + L"@ThreadingModel=" + model};
+        row.module() == dll ? lines.insert(ofClass.begin(), ofClass.end()) : void();
     }
     return lines;
 }
@@ -100,7 +102,8 @@ TEST(ServerRegistration, WritesAndRemovesExactlyItsKeysInAnyApartment) {
             const std::wstring stale = L"CLSID\\" + text(of.clsid) + L"\\Stale";
             EXPECT_EQ(0, RegSetValueW(HKEY_CLASSES_ROOT, stale.c_str(), REG_SZ, L"", 0));
             EXPECT_EQ(S_OK, callServer(true, module)) << "over itself";
-            EXPECT_EQ(Lines{}, changes(keysOf(module, of.module()), changes(before, machineClasses())));
+            EXPECT_EQ(Lines{},
+                      changes(keysOf(pathOf(module), of.module()), changes(before, machineClasses())));
             EXPECT_EQ(S_OK, callServer(false, module));
             EXPECT_TRUE(FAILED(callServer(false, module))) << "there is no type library to remove";
             APTTYPE type;
@@ -126,35 +129,21 @@ int partsIn(HKEY root) {
            4 * has(L"TypeLib\\" + text(LIBID_RENDERENGLib) + L"\\1.0");
 }
 
-TEST(ServerRegistration, AFailingStepIsReturnedAndWhatWasDoneStays) {
-    constexpr HRESULT noCom = E_UNEXPECTED, noRegistrar = E_ACCESSDENIED, noLibrary = TYPE_E_CANTLOADLIBRARY,
-                      noScript = HRESULT_FROM_WIN32(ERROR_NOT_ENOUGH_MEMORY),
-                      notWritten = TYPE_E_REGISTRYACCESS;
+TEST(ServerRegistration, StopsAtTheFirstFailureAndLeavesWhatWasDone) {
     for (const bool registering : {false, true}) {
-        FailurePlan plan;
-        std::vector<std::pair<HRESULT, int>> results; // with the parts that are registered afterwards
-        plan.sweep([&] {
+        for (const int failing : {1, 2, 3}) { // the library is the third step
             callServer(!registering);
-            const FailingImport<HOOK(CoInitializeEx)> initialize(engineModule(), plan, noCom);
-            const FailingImport<HOOK(CoCreateInstance)> create(engineModule(), plan, noRegistrar);
-            const FailingImport<HOOK(FindResourceW)> find(GetModuleHandleW(L"atl.dll"), plan);
-            const FailingImport<HOOK(LoadTypeLibEx)> load(engineModule(), plan, noLibrary);
-            const FailingImport<HOOK(RegisterTypeLib)> add(engineModule(), plan, notWritten);
-            const FailingImport<HOOK(UnRegisterTypeLib)> remove(engineModule(), plan, notWritten);
-            const HRESULT hr = callServer(registering);
-            results.emplace_back(hr,
-                                 registering ? partsIn(HKEY_LOCAL_MACHINE) : 7 - partsIn(HKEY_LOCAL_MACHINE));
-        });
-        EXPECT_EQ((decltype(results){{noCom, 0},
-                                     {noRegistrar, 0},
-                                     {noScript, 0},
-                                     {noRegistrar, 1},
-                                     {noScript, 1},
-                                     {noLibrary, 3},
-                                     {notWritten, 3},
-                                     {S_OK, 7}}),
-                  results);
+            int calls = 0;
+            const ImportHook<HOOK(LoadTypeLibEx)> load(engineModule(), [](auto...) { return E_ABORT; });
+            ImportHook<HOOK(CoCreateInstance)> create(engineModule(), [&](auto... args) {
+                return ++calls == failing ? E_ACCESSDENIED : create.original(args...);
+            });
+            EXPECT_EQ(failing == 3 ? E_ABORT : E_ACCESSDENIED, callServer(registering));
+            const int done = failing == 1 ? 0 : failing == 2 ? 1 : 3;
+            EXPECT_EQ(registering ? done : 7 - done, partsIn(HKEY_LOCAL_MACHINE));
+        }
     }
+    EXPECT_EQ(S_OK, callServer(true));
 }
 
 // Functions that only note for whom they should register the type library: the machine ("m") or a user ("u").
@@ -170,46 +159,36 @@ HRESULT WINAPI remove(REFGUID id, WORD major, WORD minor, LCID locale, SYSKIND k
     EXPECT_TRUE(id == LIBID_RENDERENGLib && major == 1 && minor == 0 && locale == 0 && kind == SYS_WIN64);
     return notes.append({whose, L'-'}), noted;
 }
-// What an ATL run-time answers to the question whether to register for the user.
-template <bool perUser, HRESULT hr = S_OK>
-HRESULT WINAPI answers(bool* on) {
-    return *on = perUser, hr;
+bool runtimeSaysUser;
+HRESULT WINAPI askRuntime(bool* on) {
+    return *on = runtimeSaysUser, S_OK;
 }
 
 TEST(ServerRegistration, IsForOneUserWhenTheRuntimeSaysSo) {
-    const struct {
-        HMODULE runtime;
-        HRESULT(WINAPI* answer)(bool*);
-        bool functionsForUser;
-        int userParts;      // what comes of it: the parts registered for the user,
-        std::wstring whose; // and whose the type library is
-    } rows[] = {
-        {nullptr, answers<true>, true, 0, L"m"},        {imageModule(), nullptr, true, 0, L"m"},
-        {imageModule(), answers<false>, true, 0, L"m"}, {imageModule(), answers<true, E_FAIL>, true, 0, L"m"},
-        {imageModule(), answers<true>, true, 3, L"u"},  {imageModule(), answers<true>, false, 3, L"m"}};
-    for (const auto& row : rows) {
+    for (const auto& [says, functionsForUser, userParts, whose] :
+         {std::tuple(false, true, 0, L"m"), {true, true, 3, L"u"}, {true, false, 3, L"m"}}) {
         EXPECT_EQ(S_OK, callServer(true));
-        ImportHook<HOOK(GetModuleHandleW)> find(engineModule(), [&](const wchar_t* name) {
-            return _wcsnicmp(name, L"atl", 3) == 0 ? row.runtime : find.original(name);
-        });
-        const ImportHook<HOOK(GetProcAddress)> look(engineModule(), [&](HMODULE, const std::string& name) {
-            return reinterpret_cast<FARPROC>(name == "AtlGetPerUserRegistration"
-                                                 ? reinterpret_cast<void*>(row.answer)
-                                             : row.functionsForUser && name == "RegisterTypeLibForUser"
-                                                 ? reinterpret_cast<void*>(add<L'u'>)
-                                             : row.functionsForUser && name == "UnRegisterTypeLibForUser"
-                                                 ? reinterpret_cast<void*>(remove<L'u'>)
-                                                 : nullptr);
-        });
+        runtimeSaysUser = says;
+        const auto find = [&, functions = functionsForUser](HMODULE, const std::string& name) {
+            const auto as = [](auto* f) {
+                return reinterpret_cast<FARPROC>(reinterpret_cast<void*>(f));
+            };
+            return name == "AtlGetPerUserRegistration" ? as(askRuntime)
+                   : !functions                        ? nullptr
+                   : name == "RegisterTypeLibForUser"  ? as(add<L'u'>)
+                                                       : as(remove<L'u'>);
+        };
+        const ImportHook<HOOK(GetModuleHandleW)> runtime(engineModule(), [](auto) { return imageModule(); });
+        const ImportHook<HOOK(GetProcAddress)> look(engineModule(), find);
         const ImportHook<HOOK(RegisterTypeLib)> addForMachine(engineModule(), add<L'm'>);
         const ImportHook<HOOK(UnRegisterTypeLib)> removeForMachine(engineModule(), remove<L'm'>);
         notes.clear();
         EXPECT_EQ(noted, callServer(true));
-        EXPECT_EQ(row.userParts, partsIn(HKEY_CURRENT_USER));
+        EXPECT_EQ(userParts, partsIn(HKEY_CURRENT_USER));
         EXPECT_EQ(noted, callServer(false));
         EXPECT_EQ(0, partsIn(HKEY_CURRENT_USER));
-        EXPECT_EQ(4 + row.userParts, partsIn(HKEY_LOCAL_MACHINE));
-        EXPECT_EQ(row.whose + L"+" + pathOf(engineModule()) + L"\\1" + row.whose + L"-", notes);
+        EXPECT_EQ(4 + userParts, partsIn(HKEY_LOCAL_MACHINE));
+        EXPECT_EQ(whose + (L"+" + pathOf(engineModule())) + L"\\1" + whose + L"-", notes);
     }
     EXPECT_EQ(S_OK, callServer(true));
 }
