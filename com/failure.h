@@ -46,18 +46,33 @@ inline void check(HRESULT hr, UINT messageId = 0) {
     throw StepFailure(hr, text);
 }
 
+// The failure of the last platform call; never a success.
+[[nodiscard]] inline HRESULT lastErrorResult() {
+    const HRESULT hr = HRESULT_FROM_WIN32(GetLastError());
+    return FAILED(hr) ? hr : E_FAIL;
+}
+
+// A result without error information. A failure takes away what an earlier call has left in the thread: it
+// says nothing about this one.
+inline HRESULT bare(HRESULT hr) noexcept {
+    if (FAILED(hr)) {
+        SetErrorInfo(0, nullptr);
+    }
+    return hr;
+}
+
 // The boundary of a function that sets no error information: what its body throws becomes the HRESULT alone.
 template <class Body>
 HRESULT guarded(Body&& body) {
     if (!readyThreadForExceptions()) {
-        return E_OUTOFMEMORY;
+        return bare(E_OUTOFMEMORY);
     }
     try {
-        return body();
+        return bare(body());
     } catch (const _com_error& error) {
-        return error.Error();
+        return bare(error.Error());
     } catch (const std::bad_alloc&) {
-        return E_OUTOFMEMORY;
+        return bare(E_OUTOFMEMORY);
     }
 }
 

@@ -40,7 +40,7 @@ public:
                 std::forward<Body>(body)();
                 return S_OK;
             } else {
-                return std::forward<Body>(body)();
+                return bare(std::forward<Body>(body)());
             }
         } catch (const StepFailure& failure) {
             return report(failure);

@@ -24,12 +24,6 @@ bool holds(const DDSURFACEDESC& description, DWORD width, DWORD height) {
     return rowBytes <= pitch && (pitch == 0 || std::int64_t{height} <= most / pitch);
 }
 
-// The failure of the last platform call; never a success.
-HRESULT lastErrorResult() {
-    const HRESULT hr = HRESULT_FROM_WIN32(GetLastError());
-    return FAILED(hr) ? hr : E_FAIL;
-}
-
 } // namespace
 
 HRESULT DirectDrawLibrary::create(ComPtr<IDirectDraw>& directDraw) {

@@ -66,7 +66,7 @@ void replaceEntries(Map& map, SAFEARRAY* array) {
 
 STDMETHODIMP RenderEngineBase::get_Image8GreyColorMap(unsigned char GreyVal, OLE_COLOR* pColor) {
     if (!pColor) {
-        return E_POINTER;
+        return bare(E_POINTER);
     }
     *pColor = toColorRef(state().colors.grey8Map.entry(GreyVal));
     return S_OK;
@@ -84,7 +84,7 @@ STDMETHODIMP RenderEngineBase::put_Image8GreyColorMap(unsigned char GreyVal, OLE
 
 STDMETHODIMP RenderEngineBase::get_Image8GreyWholeColorMap(SAFEARRAY** pVal) {
     if (!pVal) {
-        return E_POINTER;
+        return bare(E_POINTER);
     }
     return method(L"get_Image8GreyWholeColorMap", [&] {
         const GreyColorMap8& map = state().colors.grey8Map;
@@ -94,7 +94,7 @@ STDMETHODIMP RenderEngineBase::get_Image8GreyWholeColorMap(SAFEARRAY** pVal) {
 
 STDMETHODIMP RenderEngineBase::put_Image8GreyWholeColorMap(SAFEARRAY** value) {
     if (!value) {
-        return E_POINTER;
+        return bare(E_POINTER);
     }
     return method(L"put_Image8GreyWholeColorMap", [&] { replaceEntries(state().colors.grey8Map, *value); });
 }
@@ -105,14 +105,14 @@ STDMETHODIMP RenderEngineBase::ClearImage8GreyColorMap() {
 
 STDMETHODIMP RenderEngineBase::get_Image16GreyColorMap(SAFEARRAY** pVal) {
     if (!pVal) {
-        return E_POINTER;
+        return bare(E_POINTER);
     }
     return method(L"get_Image16GreyColorMap", [&] { copyEntries(state().colors.grey16Map.entries(), pVal); });
 }
 
 STDMETHODIMP RenderEngineBase::put_Image16GreyColorMap(SAFEARRAY** value) {
     if (!value) {
-        return E_POINTER;
+        return bare(E_POINTER);
     }
     return method(L"put_Image16GreyColorMap", [&] { replaceEntries(state().colors.grey16Map, *value); });
 }
@@ -123,7 +123,7 @@ STDMETHODIMP RenderEngineBase::ClearImage16GreyColorMap() {
 
 STDMETHODIMP RenderEngineBase::get_Image16RangeColorMap(SAFEARRAY** pVal) {
     if (!pVal) {
-        return E_POINTER;
+        return bare(E_POINTER);
     }
     return method(L"get_Image16RangeColorMap",
                   [&] { copyEntries(state().colors.range16Map.entries(), pVal); });
@@ -131,7 +131,7 @@ STDMETHODIMP RenderEngineBase::get_Image16RangeColorMap(SAFEARRAY** pVal) {
 
 STDMETHODIMP RenderEngineBase::put_Image16RangeColorMap(SAFEARRAY** value) {
     if (!value) {
-        return E_POINTER;
+        return bare(E_POINTER);
     }
     return method(L"put_Image16RangeColorMap", [&] { replaceEntries(state().colors.range16Map, *value); });
 }
@@ -149,7 +149,7 @@ STDMETHODIMP RenderEngineBase::UnsetColorMaps() {
 
 STDMETHODIMP RenderEngineBase::get_VisiblePixelMaskEnable(VARIANT_BOOL* pShowMask) {
     if (!pShowMask) {
-        return E_POINTER;
+        return bare(E_POINTER);
     }
     *pShowMask = state().colors.visiblePixelMaskEnable ? 1 : 0;
     return S_OK;
@@ -162,7 +162,7 @@ STDMETHODIMP RenderEngineBase::put_VisiblePixelMaskEnable(VARIANT_BOOL value) {
 
 STDMETHODIMP RenderEngineBase::get_VisiblePixelMaskColor(OLE_COLOR* pMaskColor) {
     if (!pMaskColor) {
-        return E_POINTER;
+        return bare(E_POINTER);
     }
     *pMaskColor = state().colors.visiblePixelMaskColor;
     return S_OK;

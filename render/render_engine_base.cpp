@@ -9,7 +9,7 @@
 namespace talx {
 
 STDMETHODIMP RenderEngineBase::DumpInfo(BSTR*) {
-    return E_NOTIMPL;
+    return bare(E_NOTIMPL);
 }
 
 STDMETHODIMP RenderEngineBase::get_Initialized(VARIANT_BOOL* pVal) {
@@ -42,7 +42,7 @@ STDMETHODIMP RenderEngineBase::put_Layers(long value) {
 
 STDMETHODIMP RenderEngineBase::get_Layers(long* NumLayers) {
     if (!NumLayers) {
-        return E_POINTER;
+        return bare(E_POINTER);
     }
     *NumLayers = state().layers.count();
     return S_OK;
@@ -50,7 +50,7 @@ STDMETHODIMP RenderEngineBase::get_Layers(long* NumLayers) {
 
 STDMETHODIMP RenderEngineBase::AdviseRenderEvents(ITalRenderEngineEvents* EventSink) {
     if (!EventSink) {
-        return E_INVALIDARG;
+        return bare(E_INVALIDARG);
     }
     state().layers.setSink(EventSink);
     return S_OK;

@@ -88,7 +88,7 @@ public:
     }
     STDMETHOD(get_ScalingMethod)(TalRenderEngineScalingMethodConstants* pInterpolation) override {
         if (!pInterpolation) {
-            return E_POINTER;
+            return bare(E_POINTER);
         }
         *pInterpolation = static_cast<Engine*>(this)->state().scalingMethod;
         return S_OK;
