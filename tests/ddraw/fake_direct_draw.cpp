@@ -49,10 +49,9 @@ void print(std::ostream& out, Argument argument) {
 
 HRESULT record(FakeDisplay& display, const std::string& call) {
     display.calls.push_back(call);
-    return std::any_of(display.refuse.begin(), display.refuse.end(),
-                       [&](const auto& beginning) { return call.starts_with(beginning); })
-               ? FakeDisplay::failure
-               : S_OK;
+    const bool refused = std::any_of(display.refuse.begin(), display.refuse.end(),
+                                     [&](const auto& beginning) { return call.starts_with(beginning); });
+    return display.fails(call) || refused ? FakeDisplay::failure : S_OK;
 }
 template <class Interface, class... Arguments>
 HRESULT record(Interface* self, const std::string& method, Arguments... arguments) {

@@ -51,6 +51,9 @@ struct FakeDisplay {
     static constexpr std::uint32_t drawnColor = 0x00ABCDEF; // of what Direct3D has drawn
 
     Calls refuse; // calls whose record begins with one of these fail
+    std::function<bool(const std::string&)> fails = [](const std::string&) {
+        return false;
+    }; // this one too
     static constexpr HRESULT failure = static_cast<HRESULT>(0x887603E7);
     static constexpr HRESULT surfaceLost = static_cast<HRESULT>(0x887601C2); // of lost surfaces
 

@@ -1,81 +1,86 @@
-// Finds GDI objects that the engine makes and does not delete, and deletes twice or without having made them.
+// Finds what the engine gets from the platform and does not give back, and what it gives back twice or
+// without having got it.
 #pragma once
 
-#include "tests/support/module.h"
-
 #include "tests/support/import_hook.h"
+#include "tests/support/module.h"
 
 #include <olectl.h>
 
+#include <map>
 #include <set>
 
 namespace talx::test {
 
-// Watches talxrend.dll from its construction to its destruction, at which nothing may be left.
-class GdiLeakCheck {
-public:
-    ~GdiLeakCheck() { EXPECT_EQ(0u, live()) << "GDI objects or window contexts were not given back"; }
+// What makes something, what takes it back, and as which of its arguments.
+struct MakerAndTaker {
+    const char *maker, *taker;
+    int argument;
+};
+constexpr MakerAndTaker gdiObjects[] = {
+    {"CreateCompatibleDC", "DeleteDC", 0},   {"CreateCompatibleBitmap", "DeleteObject", 0},
+    {"CreateDIBSection", "DeleteObject", 0}, {"CreatePalette", "DeleteObject", 0},
+    {"CreateSolidBrush", "DeleteObject", 0}, {"GetDC", "ReleaseDC", 1}};
 
-    [[nodiscard]] std::size_t live() const { return objects_.size() + windowContexts_.size(); }
-    // Calls that made something: a check that saw none has proved nothing.
-    [[nodiscard]] int made() const { return made_; }
+// Watches a module from its construction to its destruction, at which nothing may be left.
+class LeakCheck {
+public:
+    template <std::size_t count>
+    LeakCheck(HMODULE module, const MakerAndTaker (&pairs)[count])
+        : pairs_(pairs, pairs + count),
+          gate_(
+              entries(module), [this](const ImportedCall& call) { return take(call), std::nullopt; },
+              [this](const ImportedCall& call, std::uintptr_t result) { make(call, result); }) {}
+    ~LeakCheck() { EXPECT_EQ(0u, live()) << "of " << (live_.empty() ? "" : live_.begin()->first); }
+
+    [[nodiscard]] std::size_t live() const { return live_.size(); }
 
 private:
-    using Handles = std::multiset<void*>;
-
-    template <FunctionName name, class Function>
-    struct Maker {
-        Maker(GdiLeakCheck& check, Handles& handles)
-            : hook(engineModule(), [&check, &handles, this](auto... args) {
-                  auto handle = hook.original(args...);
-                  if (handle) {
-                      handles.insert(handle);
-                      ++check.made_;
-                  }
-                  return handle;
-              }) {}
-        ImportHook<name, Function> hook;
-    };
-
-    static void remove(Handles& handles, void* handle) {
-        const auto found = handles.find(handle);
-        if (found == handles.end()) {
-            ADD_FAILURE() << "given back without having been made: " << handle;
-        } else {
-            handles.erase(found);
+    [[nodiscard]] std::vector<Import> entries(HMODULE module) const {
+        std::vector<Import> all = imports(module);
+        std::erase_if(all, [this](const Import& import) {
+            return import.function != "OleCreatePictureIndirect" &&
+                   std::none_of(pairs_.begin(), pairs_.end(), [&](const MakerAndTaker& p) {
+                       return import.function == p.maker || import.function == p.taker;
+                   });
+        });
+        return all;
+    }
+    void take(const ImportedCall& call) {
+        for (const MakerAndTaker& p : pairs_) {
+            if (call.function == p.taker) {
+                return remove(p.taker, call.arguments[p.argument]);
+            }
+        }
+    }
+    void make(const ImportedCall& call, std::uintptr_t result) {
+        for (const MakerAndTaker& p : pairs_) {
+            if (call.function == p.maker && result) {
+                live_.emplace(p.taker, reinterpret_cast<void*>(result));
+            }
+        }
+        // A picture that owns its bitmap deletes it itself.
+        if (call.function == "OleCreatePictureIndirect" && SUCCEEDED(static_cast<HRESULT>(result))) {
+            EXPECT_TRUE(call.arguments[2]);
+            remove("DeleteObject", static_cast<PICTDESC*>(call.arguments[0])->bmp.hbitmap);
+        }
+    }
+    void remove(const std::string& taker, void* handle) {
+        const auto found = live_.find({taker, handle});
+        if (found != live_.end()) {
+            live_.erase(found);
+        } else if (taker.starts_with("Delete") || taker == "ReleaseDC") {
+            ADD_FAILURE() << taker << " of what was not got: " << handle;
         }
     }
 
-    int made_ = 0;
-    Handles objects_, windowContexts_;
+    const std::vector<MakerAndTaker> pairs_;
+    std::multiset<std::pair<std::string, void*>> live_; // by what takes it
+    ImportGate gate_;
+};
 
-    Maker<HOOK(CreateCompatibleDC)> compatibleDc_{*this, objects_};
-    Maker<HOOK(CreateCompatibleBitmap)> compatibleBitmap_{*this, objects_};
-    Maker<HOOK(CreateDIBSection)> dibSection_{*this, objects_};
-    Maker<HOOK(CreatePalette)> palette_{*this, objects_};
-    Maker<HOOK(CreateSolidBrush)> solidBrush_{*this, objects_};
-    Maker<HOOK(GetDC)> windowContext_{*this, windowContexts_};
-    ImportHook<HOOK(DeleteDC)> deleteDc_{engineModule(), [this](HDC dc) {
-                                             remove(objects_, dc);
-                                             return deleteDc_.original(dc);
-                                         }};
-    ImportHook<HOOK(DeleteObject)> deleteObject_{engineModule(), [this](HGDIOBJ object) {
-                                                     remove(objects_, object);
-                                                     return deleteObject_.original(object);
-                                                 }};
-    ImportHook<HOOK(ReleaseDC)> releaseDc_{engineModule(), [this](HWND window, HDC dc) {
-                                               remove(windowContexts_, dc);
-                                               return releaseDc_.original(window, dc);
-                                           }};
-    // A picture that owns its bitmap deletes it itself.
-    ImportHook<HOOK(OleCreatePictureIndirect)> picture_{
-        engineModule(), [this](PICTDESC* description, REFIID iid, WINBOOL own, void** object) {
-            const HRESULT hr = picture_.original(description, iid, own, object);
-            if (SUCCEEDED(hr) && own) {
-                remove(objects_, description->bmp.hbitmap);
-            }
-            return hr;
-        }};
+struct GdiLeakCheck : LeakCheck {
+    GdiLeakCheck() : LeakCheck(engineModule(), gdiObjects) {}
 };
 
 } // namespace talx::test

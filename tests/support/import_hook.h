@@ -4,18 +4,31 @@
 //     ImportHook<HOOK(GetDC)> hook(engineModule(), [&](HWND window) { ++calls; return hook.original(window);
 //     });
 //
-// A FailurePlan with FailingImports makes the first, the second, ... call of some functions fail in turn.
+// A FailurePlan with FailingImports makes the first, the second, ... call of some functions fail in turn. An
+// ImportGate sees the calls of any functions, whatever their arguments.
 #pragma once
 
 #include <gtest/gtest.h>
 #include <windows.h>
 
 #include <algorithm>
+#include <array>
+#include <cstdint>
 #include <functional>
+#include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
 namespace talx::test {
+
+// One entry of a module's import table. A function without a name has its number for one.
+struct Import {
+    std::string library, function;
+    void** entry;
+};
+std::vector<Import> imports(HMODULE module);
+void writeImport(void** entry, void* function);
 
 // The entries of a module's import table through which it calls a function, whichever DLL it comes from.
 std::vector<void**> importEntries(HMODULE module, const std::string& function);
@@ -68,10 +81,7 @@ private:
 
     void writeEntries(void* function) const {
         for (void** entry : entries_) {
-            DWORD protection = 0;
-            VirtualProtect(entry, sizeof *entry, PAGE_READWRITE, &protection);
-            *entry = function;
-            VirtualProtect(entry, sizeof *entry, protection, &protection);
+            writeImport(entry, function);
         }
     }
 
@@ -81,6 +91,35 @@ private:
     std::function<Result(Args...)> replacement_;
     ImportHook* outer_;
     std::vector<void**> entries_;
+};
+
+// A call that a module makes through its import table.
+struct ImportedCall {
+    const std::string& function;
+    std::array<void*, 4> arguments; // the first four of those that are numbers or pointers
+};
+
+// Sees the calls of functions of any kind. Gates and hooks of one module may be nested.
+class ImportGate {
+public:
+    // Answers what the call returns instead of being made, or nothing.
+    using Before = std::function<std::optional<std::uintptr_t>(const ImportedCall&)>;
+    // Is told the result of a call that was made.
+    using After = std::function<void(const ImportedCall&, std::uintptr_t)>;
+
+    // The entries may also be those of a table of virtual functions. after may be empty.
+    ImportGate(const std::vector<Import>& entries, Before before, After after = {});
+    ~ImportGate();
+    ImportGate(const ImportGate&) = delete;
+    ImportGate& operator=(const ImportGate&) = delete;
+
+    struct Watched;
+
+private:
+    Before before_;
+    After after_;
+    void* code_;
+    std::vector<std::unique_ptr<Watched>> watched_;
 };
 
 // Decides which call fails, counting the calls of all FailingImports that belong to it. Without a sweep none
