@@ -71,19 +71,19 @@ STDMETHODIMP TestImage::QueryInterface(REFIID iid, void** object) {
     *object = nullptr;
     if (iid == IID_IUnknown || iid == __uuidof(ITalImage)) {
         *object = image();
-    } else if (iid == __uuidof(ITalImage8Grey) && kind_ == ImageKind::grey8) {
+    } else if (iid == __uuidof(ITalImage8Grey) && is(ImageKind::grey8)) {
         *object = static_cast<ITalImage8Grey*>(this);
-    } else if (iid == __uuidof(ITalImageColor) && kind_ == ImageKind::color) {
+    } else if (iid == __uuidof(ITalImageColor) && is(ImageKind::color)) {
         *object = static_cast<ITalImageColor*>(this);
-    } else if (iid == __uuidof(ITalImage16Grey) && kind_ == ImageKind::grey16) {
+    } else if (iid == __uuidof(ITalImage16Grey) && is(ImageKind::grey16)) {
         *object = static_cast<ITalImage16Grey*>(this);
-    } else if (iid == __uuidof(ITalImage16Range) && kind_ == ImageKind::range16) {
+    } else if (iid == __uuidof(ITalImage16Range) && is(ImageKind::range16)) {
         *object = static_cast<ITalImage16Range*>(this);
     } else if (failsAt(ImageStep::source)) {
         return fault.result;
-    } else if (iid == __uuidof(ITalPelAccessSource) && kind_ == ImageKind::grey8) {
+    } else if (iid == __uuidof(ITalPelAccessSource) && is(ImageKind::grey8)) {
         *object = static_cast<ITalPelAccessSource*>(this);
-    } else if (iid == __uuidof(ITalPelAccessSource16) && kind_ == ImageKind::grey16) {
+    } else if (iid == __uuidof(ITalPelAccessSource16) && is(ImageKind::grey16)) {
         *object = static_cast<ITalPelAccessSource16*>(this);
     } else {
         return E_NOINTERFACE;

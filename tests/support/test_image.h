@@ -38,7 +38,7 @@ class TestImage final : public ITalImage8Grey,
 public:
     // planes: one for the grey kinds, three for colour, values and optionally mask for range.
     TestImage(ImageKind kind, long width, long height, std::vector<ImagePlane> planes, long depthCode = 0)
-        : kind_(kind), width_(width), height_(height), planes_(std::move(planes)), depthCode_(depthCode) {}
+        : width(width), height(height), depthCode(depthCode), kind_(kind), planes_(std::move(planes)) {}
     ~TestImage();
     TestImage(const TestImage&) = delete;
     TestImage& operator=(const TestImage&) = delete;
@@ -47,17 +47,17 @@ public:
     ITalImage8Grey* icon() { return this; }
 
     ImageFault fault;
+    long width, height, depthCode;         // what it answers the next time
+    ImageKind alsoKind = ImageKind::none; // that it answers too
     long references = 0; // to the image, its plane objects and accesses together
     int accesses = 0;    // made so far
 
     STDMETHOD(QueryInterface)(REFIID iid, void** object) override;
     STDMETHOD_(ULONG, AddRef)() override { return ++references; }
     STDMETHOD_(ULONG, Release)() override { return --references; }
-    STDMETHOD(get_Width)(long* width) override { return answer(ImageStep::width, width_, width); }
-    STDMETHOD(get_Height)(long* height) override { return answer(ImageStep::height, height_, height); }
-    STDMETHOD(get_DepthCode)(long* depthCode) override {
-        return answer(ImageStep::depthCode, depthCode_, depthCode);
-    }
+    STDMETHOD(get_Width)(long* out) override { return answer(ImageStep::width, width, out); }
+    STDMETHOD(get_Height)(long* out) override { return answer(ImageStep::height, height, out); }
+    STDMETHOD(get_DepthCode)(long* out) override { return answer(ImageStep::depthCode, depthCode, out); }
     STDMETHOD(put_DepthCode)(long) override { return E_NOTIMPL; }
     STDMETHOD(GetPlane)(long plane, IUnknown** object) override;
     STDMETHOD(CreatePelAccess)
@@ -78,11 +78,10 @@ private:
         return fails ? fault.result : S_OK;
     }
     HRESULT makeAccess(int plane, ITalPelAccess** access);
+    [[nodiscard]] bool is(ImageKind kind) const { return kind == kind_ || kind == alsoKind; }
 
     const ImageKind kind_;
-    const long width_, height_;
     const std::vector<ImagePlane> planes_;
-    const long depthCode_;
 };
 
 } // namespace talx::test

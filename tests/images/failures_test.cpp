@@ -1,0 +1,297 @@
+// Drawing that fails or has nothing to draw: images that fail at any step, arrays of every shape, colours
+// that stand for none, memory that cannot be had. The buffer stays as it was, and everything is given back.
+#include "tests/images/painting.h"
+
+namespace talx::test {
+namespace {
+
+using Engine = ITalRenderEngine2;
+using Kind = model::Kind;
+using Words = std::vector<std::uint32_t>;
+
+const std::tuple<std::wstring, MapGetter, MapGetter> maps[] = {
+    {L"Image8GreyWholeColorMap", &Engine::get_Image8GreyWholeColorMap, &Engine::put_Image8GreyWholeColorMap},
+    {L"Image16GreyColorMap", &Engine::get_Image16GreyColorMap, &Engine::put_Image16GreyColorMap},
+    {L"Image16RangeColorMap", &Engine::get_Image16RangeColorMap, &Engine::put_Image16RangeColorMap}};
+
+struct ImageFailures : ImageTest {
+    [[nodiscard]] bool shows(Kind kind) const { return kind == Kind::grey8 || format() != 8; }
+
+    Random random{1};
+};
+INSTANTIATE_TEST_SUITE_P(Views, ImageFailures,
+                         testing::Values(std::tuple(false, 8), std::tuple(false, 24), std::tuple(true, 8),
+                                         std::tuple(true, 16)),
+                         viewName);
+
+TEST_P(ImageFailures, AreReportedAsTheyAre) {
+    constexpr HRESULT none = S_FALSE; // no failure
+    const struct {
+        ImageStep step;
+        std::vector<Kind> kinds;
+        bool eachPlane;
+        HRESULT failing,
+            yieldingNothing; // what comes of a step that fails with ownFailure, or succeeds with null
+    } rows[] = {
+        {ImageStep::width, {Kind::grey8, Kind::color, Kind::grey16, Kind::range16}, false, ownFailure, none},
+        {ImageStep::height, {Kind::grey8, Kind::color, Kind::grey16, Kind::range16}, false, ownFailure, none},
+        {ImageStep::depthCode, {Kind::grey16}, false, E_FAIL, none},
+        {ImageStep::plane, {Kind::color}, true, ownFailure, noPixelData},
+        {ImageStep::source, {Kind::grey8, Kind::color, Kind::grey16}, true, E_FAIL, none},
+        {ImageStep::access, {Kind::grey8, Kind::color, Kind::grey16}, true, ownFailure, noPixelData},
+        {ImageStep::access, {Kind::range16}, false, ownFailure, noPixelData},
+        {ImageStep::data,
+         {Kind::grey8, Kind::color, Kind::grey16, Kind::range16},
+         true,
+         noPixelData,
+         noPixelData},
+        {ImageStep::stride,
+         {Kind::grey8, Kind::color, Kind::grey16, Kind::range16},
+         true,
+         noPixelData,
+         none}};
+    for (const auto& row : rows) {
+        for (int i = 0; i < static_cast<int>(row.kinds.size()) * 3 * 3 * 2; ++i) {
+            const Kind kind = row.kinds[i / 18];
+            const int plane = i / 6 % 3,
+                      way = i / 2 % 3; // to fail, to fail but to yield, to succeed with null
+            const double scale = 1 + i % 2;
+            const HRESULT expected = way == 2 ? row.yieldingNothing : row.failing;
+            TwinImage picture(random, store, kind, 20, 20);
+            if (plane >= (row.eachPlane ? static_cast<int>(picture.planes.size()) : 1) || expected == none) {
+                continue;
+            }
+            SCOPED_TRACE(testing::Message() << "step " << static_cast<int>(row.step) << ", " << i);
+            BufferTwin twin(*this, random);
+            picture.image->fault = {row.step, way == 2 ? S_OK : ownFailure, plane, way == 1, {}};
+            expectFailure(expected, draw(picture.image->image(), scale));
+            if (kind == Kind::grey8) {
+                expectFailure(expected, drawIcon(*picture.image, scale), L"DrawIcon8");
+            }
+            EXPECT_TRUE(twin.holds());
+            picture.image->fault = {};
+            EXPECT_EQ(S_OK, draw(picture.image->image(), scale));
+            EXPECT_NE(shows(kind), bool(twin.holds()));
+        }
+    }
+    TestImage mask(ImageKind::range16, 20, 20,
+                   {{store.planes[0].begin(), 40}, {store.planes[1].begin(), 20}});
+    mask.fault = {ImageStep::access, ownFailure, 1, false, {}};
+    expectFailure(ownFailure, draw(mask.image()));
+}
+
+TEST_P(ImageFailures, NothingToDrawIsNoFailure) {
+    const ImagePlane plane{store.planes[0].begin(), 20};
+    TestImage images[] = {{ImageKind::none, 20, 20, {}},         {ImageKind::grey8, -20, -20, {plane}},
+                          {ImageKind::color, 0, 20, {}},         {ImageKind::grey16, 20, least, {}},
+                          {ImageKind::range16, least, most, {}}, {ImageKind::grey8, 20, 20, {plane}}};
+    BufferTwin twin(*this, random);
+    const ImportHook<HOOK(CoCreateInstance)> hook(engineModule(), [&](auto...) -> HRESULT {
+        ADD_FAILURE() << "nothing is there to be scaled";
+        return E_FAIL;
+    });
+    for (const double scale : {1.0, 2.0, -1.0, 0.0, 0.01}) {
+        expectBare(S_OK, draw(nullptr, scale));
+        for (TestImage& image : images) {
+            const bool isEmpty = &image != &images[5];
+            if (isEmpty || scale < 0.1) {
+                expectBare(S_OK, draw(image.image(), scale));
+                expectBare(S_OK, &image == &images[0] ? S_OK : drawIcon(image, scale));
+                EXPECT_EQ(0, image.accesses);
+            }
+        }
+    }
+    expectBare(S_OK, engine->DrawImage(0, images[5].image(), 0, 0, 1, width, 0, most, most, 0));
+    expectBare(S_OK, engine->DrawImage(0, images[5].image(), -20, 0, 1, least, least, most, most, 0));
+    EXPECT_EQ(0, images[5].accesses);
+    EXPECT_TRUE(twin.holds());
+}
+
+TEST_P(ImageFailures, AnImageOfTwoKindsIsDrawnAsTheFirst) {
+    std::vector<ImagePlane> planes;
+    for (const FencedMemory& memory : store.planes) {
+        random.fill(memory.begin(), 800);
+        planes.push_back({memory.begin(), 40});
+    }
+    for (int i = 0; i < 16; ++i) {
+        const auto first = static_cast<ImageKind>(1 + i / 4), second = static_cast<ImageKind>(1 + i % 4);
+        const auto drawn = [&](TestImage& image) {
+            EXPECT_EQ(S_OK, engine->Fill(0, least, least, most, most, white));
+            EXPECT_EQ(S_OK, draw(image.image()));
+            return values();
+        };
+        TestImage one(first, 20, 20, planes), two(second, 20, 20, planes);
+        two.alsoKind = first;
+        EXPECT_TRUE(first > second || drawn(one) == drawn(two)) << i;
+    }
+}
+
+// An image may come from elsewhere, and the window be resized while it is asked: what is left of the view
+// shows it.
+TEST_P(ImageFailures, DrawingOutlivesTheBufferThatItBeganWith) {
+    for (int i = 0; i < 8 * 4 * 4; ++i) {
+        TwinImage picture(random, store, static_cast<Kind>(i / 4 % 4), width, height);
+        const auto drawing = [&] {
+            const bool icon = i % 16 / 2 == 1;
+            return icon ? drawIcon(*picture.image, i % 2 ? 0.9 : 1)
+                        : draw(picture.image->image(), i % 2 ? 0.9 : 1);
+        };
+        EXPECT_EQ(S_OK, engine->SetExtent(width, height));
+        bool resized = false;
+        picture.image->fault = {static_cast<ImageStep>(1 + i / 16), S_OK, 0, false, [&] {
+                                    resized = true;
+                                    EXPECT_EQ(S_OK, engine->SetExtent(3, 3));
+                                }};
+        EXPECT_EQ(S_OK, drawing());
+        const auto shown = values();
+        picture.image->fault = {};
+        EXPECT_EQ(S_OK, drawing());
+        EXPECT_TRUE(!resized || (shown.size() == 9 && shown == values())) << i;
+    }
+}
+
+// Scaling needs an image of the library: there may be no class, no object, or one without memory.
+TEST_P(ImageFailures, ScalingFailsAsTheLibraryDoes) {
+    for (const HRESULT expected : {REGDB_E_CLASSNOTREG, E_OUTOFMEMORY, E_NOINTERFACE}) {
+        TwinImage picture(random, store, Kind::grey8, 20, 20);
+        TestImage other(ImageKind::grey8, 1, 1, {});
+        BufferTwin twin(*this, random);
+        const ImportHook<HOOK(CoCreateInstance)> hook(
+            engineModule(), [&](REFCLSID, LPUNKNOWN, DWORD, REFIID iid, void** made) {
+                *made = nullptr;
+                return expected == E_NOINTERFACE ? other.QueryInterface(iid, made) : expected;
+            });
+        expectFailure(expected, draw(picture.image->image(), 2));
+        expectFailure(expected, drawIcon(*picture.image, 2), L"DrawIcon8");
+        EXPECT_TRUE(twin.holds());
+    }
+}
+
+// What becomes of an array as a colour map, as the colours of an icon and as its transparencies.
+TEST_P(ImageFailures, ArraysOfEveryShape) {
+    enum Special { usual, locked, withoutMemory, null };
+    const struct {
+        VARTYPE type;
+        int count;
+        LONG lower;
+        UINT dimensions;
+        Special special;
+        int mapEntries; // or none of them, and E_INVALIDARG
+        HRESULT colors, transparencies;
+    } rows[] = {{VT_I4, 256, 0, 1, usual, 256, S_OK, E_INVALIDARG},
+                {VT_UI4, 300, -7, 1, usual, 293, S_OK, E_INVALIDARG},
+                {VT_UI4, 300, most - 299, 1, usual, 300, S_OK, E_INVALIDARG},
+                {VT_I4, 256, least, 1, usual, 0, S_OK, E_INVALIDARG},
+                {VT_I4, 70000, 5, 1, usual, 70000, S_OK, E_INVALIDARG},
+                {VT_I4, 10, -10, 1, usual, 0, E_INVALIDARG, E_INVALIDARG},
+                {VT_I4, 255, 0, 1, usual, 255, E_INVALIDARG, E_INVALIDARG},
+                {VT_I4, 0, 1, 1, usual, 0, E_INVALIDARG, E_INVALIDARG},
+                {VT_UI1, 256, 0, 1, usual, -1, E_INVALIDARG, S_OK},
+                {VT_I1, 300, 44, 1, usual, -1, E_INVALIDARG, S_OK},
+                {VT_UI1, 255, 0, 1, usual, -1, E_INVALIDARG, E_INVALIDARG},
+                {VT_I2, 256, 0, 1, usual, -1, E_INVALIDARG, E_INVALIDARG},
+                {VT_R8, 256, 0, 1, usual, -1, E_INVALIDARG, E_INVALIDARG},
+                {VT_I4, 256, 0, 2, usual, -1, E_INVALIDARG, E_INVALIDARG},
+                {VT_UI1, 256, 0, 2, usual, -1, E_INVALIDARG, E_INVALIDARG},
+                {VT_I4, 256, 0, 1, locked, -1, E_UNEXPECTED, E_UNEXPECTED},
+                {VT_UI1, 256, 0, 1, locked, -1, E_UNEXPECTED, E_UNEXPECTED},
+                {VT_I4, 256, 0, 1, withoutMemory, -1, E_INVALIDARG, E_INVALIDARG},
+                {VT_UI1, 256, 0, 1, withoutMemory, -1, E_INVALIDARG, E_INVALIDARG},
+                {VT_I4, 256, 0, 1, null, -1, E_POINTER, E_POINTER}};
+    const Words some{0xFF123456, 0xFF000000, 0xFFFFFFFF, 0xFFFF0000};
+    TestArray words(VT_I4, some), colors(VT_I4, 256), transparencies(VT_UI1, 256);
+    TwinImage icon(random, store, Kind::grey8, 9, 9);
+    const auto drawIcon = [&](SAFEARRAY** first, SAFEARRAY** second) {
+        return engine->DrawIcon8(0, icon.image->icon(), first, second, 0, 0, 1, 0, 0, 9, 9);
+    };
+    const auto expectDrawn = [&](HRESULT expected, SAFEARRAY** first, SAFEARRAY** second) {
+        BufferTwin twin(*this, random);
+        const HRESULT hr = drawIcon(first, second);
+        expected == S_OK ? expectBare(S_OK, hr) : expectFailure(expected, hr, L"DrawIcon8");
+        EXPECT_EQ(expected == S_OK, !twin.holds());
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(&row - rows);
+        TestArray array(row.type, row.count, row.lower, row.dimensions);
+        SAFEARRAY copy = *array.array;
+        copy.cLocks = row.special == locked ? 0xFFFF : 0;
+        copy.pvData = row.special == withoutMemory ? nullptr : copy.pvData;
+        SAFEARRAY* passed = row.special == null ? nullptr : &copy;
+        for (const auto& [name, get, put] : maps) {
+            EXPECT_EQ(S_OK, (engine.Get()->*put)(&words.array));
+            const HRESULT hr = (engine.Get()->*put)(&passed);
+            row.mapEntries < 0 ? expectFailure(E_INVALIDARG, hr, L"put_" + name) : expectBare(S_OK, hr);
+            EXPECT_EQ(std::max(row.mapEntries, 0), static_cast<int>(readMap(engine.Get(), get).size()));
+        }
+        expectDrawn(row.colors, &passed, &transparencies.array);
+        expectDrawn(row.transparencies, &colors.array, &passed);
+    }
+    expectDrawn(E_POINTER, nullptr, &transparencies.array);
+    expectDrawn(E_POINTER, &colors.array, nullptr);
+}
+
+// An opaque entry of a palettised buffer and an invisible one of any other need no colour; and the first
+// colours are compared with -1 on the one and with 0 on the others, which count as translated already.
+TEST_P(ImageFailures, OnlyColorsThatShowMustStandForOne) {
+    const bool palettised = format() == 8;
+    COLORREF unused = 0;
+    for (const OLE_COLOR bad : {0x800000FFu, 0xFFFFFFFFu}) {
+        for (const int i : {0, 128, 255}) {
+            for (const int percent : {0, 30, 99, 100, 200}) {
+                SCOPED_TRACE(testing::Message() << std::hex << bad << " at " << i << ", " << percent);
+                Drawing icon(random, Drawing::icon, false);
+                icon.iconX = icon.iconY = 0;
+                icon.scale = 1;
+                model::Icon twinIcon{icon.picture.twin.planes[0], {}, {}};
+                std::fill_n(icon.words(), 256, 0);
+                std::fill_n(icon.bytes(), 256, BYTE{0});
+                icon.words()[i] = bad;
+                icon.bytes()[i] = static_cast<BYTE>(percent);
+                twinIcon.transparency[i] = percent == 100 || (percent > 100 && !palettised) ? 100 : 0;
+                BufferTwin twin(*this, random);
+                const HRESULT hr = icon.draw(engine.Get(), everywhere);
+                if (palettised ? percent != 0 && bad + 1 != 0 : percent < 100) {
+                    expectFailure(OleTranslateColor(bad, nullptr, &unused), hr, L"DrawIcon8");
+                } else {
+                    expectBare(S_OK, hr);
+                    model::drawIcon(twin.buffer, twinIcon, icon.iconX, icon.iconY, icon.scale, everywhere,
+                                    {});
+                }
+                EXPECT_TRUE(twin.holds());
+            }
+        }
+    }
+    expectFailure(E_INVALIDARG, engine->put_Image8GreyColorMap(200, 0x03000000),
+                  L"Unable to translate color.");
+}
+
+TEST_P(ImageFailures, AMapIsKeptOrEmptyWhenThePlatformFails) {
+    const Words some(300, 0xFF0000FF);
+    TestArray words(VT_I4, some);
+    for (const auto& [name, get, put] : maps) {
+        EXPECT_EQ(S_OK, (engine.Get()->*put)(&words.array));
+        expectBare(E_POINTER, (engine.Get()->*put)(nullptr));
+        for (const HRESULT hr : {E_OUTOFMEMORY, ownFailure}) {
+            SAFEARRAY* array = reinterpret_cast<SAFEARRAY*>(1);
+            const ImportHook<HOOK(SafeArrayCopy)> hook(engineModule(),
+                                                       [hr](SAFEARRAY*, SAFEARRAY**) { return hr; });
+            expectFailure(hr, (engine.Get()->*get)(&array), L"get_" + name + L" ");
+            EXPECT_EQ(nullptr, array);
+        }
+        EXPECT_EQ(some, readMap(engine.Get(), get));
+        FailurePlan plan;
+        const FailingImport<"malloc", void*(std::size_t)> memory(engineModule(), plan);
+        EXPECT_LT(0, plan.sweep([&] {
+            if (const HRESULT hr = (engine.Get()->*put)(&words.array); hr != S_OK) {
+                expectFailure(E_OUTOFMEMORY, hr, L"put_" + name);
+                const Words left = readMap(
+                    engine.Get(), get); // what was appended so far, of which the 8-bit map shows nothing
+                EXPECT_LT(left.size(), name[5] == L'8' ? 1u : 300u);
+                EXPECT_EQ(Words(left.size(), some[0]), left);
+            }
+        }));
+    }
+}
+
+} // namespace
+} // namespace talx::test
