@@ -59,22 +59,5 @@ TEST(Model, Values) {
     EXPECT_EQ(0xAF643Fu, blend(32, 0x81646464, {200, 100, 51}, 32));   // (100 * 32 + 200 * 96) / 128 ...
 }
 
-TEST(Model, Pictures) {
-    const Image image{Kind::grey8, {{3, 2, {0, 1, 2, 16, 17, 18}}}, 0};
-    Buffer buffer{32, 4, 2, Pixels(8, 7)};
-    drawImage(buffer, image, {}, 1, -1, 1.0, {-5, -5, 3, 50}, nearestMethod);
-    EXPECT_EQ((Pixels{7, 0x101010, 0x111111, 7, 7, 7, 7, 7}), buffer.pixels);
-
-    const Icon icon{{3, 1, {0, 1, 2}}, {{{10, 0, 0}, {20, 0, 0}, {30, 0, 0}}}, {0, 30, 100}};
-    buffer = {8, 5, 1, Pixels(5, 7)};
-    const auto nearest = [](Color c) {
-        return c.red;
-    };
-    drawIcon(buffer, icon, 1.7, -0.9, 1.0, {0, 0, 9, 9}, nearest); // its lower edge is cut to 0 as well
-    EXPECT_EQ(Pixels(5, 7), buffer.pixels);
-    drawIcon(buffer, icon, 1.7, 0.9, 1.0, {0, 0, 9, 9}, nearest);
-    EXPECT_EQ((Pixels{7, 0, 20, 7, 7}), buffer.pixels);
-}
-
 } // namespace
 } // namespace talx::model

@@ -7,20 +7,28 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <cstring>
-#include <optional>
 #include <random>
+#include <span>
 #include <vector>
 
 namespace talx::test {
 
-// Numbers that are others in every run unless --gtest_random_seed=N asks for those of a certain run.
+// Numbers that are others in every run unless --gtest_random_seed=N asks for those of a certain run; a fuzzer
+// gives the first of them itself.
 class Random {
 public:
-    explicit Random(unsigned number)
-        : engine_(number + 1000003u * testing::UnitTest::GetInstance()->random_seed()) {}
+    explicit Random(unsigned number, std::span<const std::uint8_t> given = {})
+        : engine_(number + 1000003u * testing::UnitTest::GetInstance()->random_seed()), given_(given) {}
 
-    std::uint32_t word() { return static_cast<std::uint32_t>(engine_()); }
+    std::uint32_t word() {
+        auto word = static_cast<std::uint32_t>(engine_());
+        const auto some = given_.first(std::min(given_.size(), sizeof word));
+        std::copy(some.begin(), some.end(), reinterpret_cast<std::uint8_t*>(&word));
+        given_ = given_.subspan(some.size());
+        return word;
+    }
     // low to high, both included.
     int between(int low, int high) { return low + static_cast<int>(word() % (high - low + 1u)); }
     double real(double low, double high) { return low + (high - low) * (word() / 4294967296.0); }
@@ -32,22 +40,23 @@ public:
     // Bytes, the lowest, the middle and the highest value often among them.
     void fill(void* memory, std::size_t size) {
         std::generate_n(static_cast<std::uint8_t*>(memory), size, [this] {
-            return static_cast<std::uint8_t>(oneIn(4) ? oneOf({0, 128, 255}) : static_cast<int>(word()));
+            const auto bits = static_cast<std::uint32_t>(engine_());
+            return static_cast<std::uint8_t>(bits % 4 ? bits >> 2 : "\0\x80\xFF\xFF"[bits >> 2 & 3]);
         });
     }
 
 private:
     std::mt19937_64 engine_;
+    std::span<const std::uint8_t> given_;
 };
 
-inline Extent randomExtent(Random& random) {
-    return {random.between(-1, random.oneOf({9, 60})), random.between(-1, 9)};
-}
-
-// Runs cases 0, 1, 2, ..., each with random numbers of its own, until one fails.
+// Runs cases 0, 1, 2, ..., each with random numbers of its own, until one fails. TALX_TEST_FACTOR=N asks for
+// N times as many.
 template <class Run>
 void forEachCase(unsigned count, const Run& run) {
     const int seed = testing::UnitTest::GetInstance()->random_seed();
+    const char* const factor = std::getenv("TALX_TEST_FACTOR");
+    count *= factor ? std::max(std::atoi(factor), 1) : 1;
     for (unsigned number = 0; number < count; ++number) {
         Random random(number);
         ASSERT_NO_FATAL_FAILURE(run(random)) << "case " << number << ", --gtest_random_seed=" << seed;
@@ -63,12 +72,11 @@ public:
         const std::ptrdiff_t used = width > 0 && height > 0 ? width * bytes : 0;
         const std::ptrdiff_t distance = used + (random.oneIn(2) ? 0 : random.between(1, 9));
         const std::ptrdiff_t lastRow = used > 0 ? (height - 1) * distance : 0;
-        const std::size_t size = lastRow + used;
+        size_ = lastRow + used;
         stride = random.oneIn(2) ? distance : -distance;
-        lowest_ = random.oneIn(2) ? memory.begin() : memory.endingAtFence(size);
+        lowest_ = random.oneIn(2) ? memory.begin() : memory.endingAtFence(size_);
         data = lowest_ + (stride < 0 ? lastRow : 0);
-        random.fill(lowest_, size);
-        expected_.assign(lowest_, lowest_ + size);
+        random.fill(lowest_, size_);
     }
 
     int width, height, pixelBytes;
@@ -87,26 +95,27 @@ public:
     operator ConstPixelRows() const { return {data, stride}; }
     operator PlaneView() const { return {data, stride, {width, height}}; }
 
-    // Every pixel is to become pixelAt(x, y).
-    template <class PixelAt>
-    void expect(const PixelAt& pixelAt) {
-        for (int y = 0; y < height; ++y) {
-            for (int x = 0; x < width; ++x) {
-                const std::uint32_t pixel = pixelAt(x, y);
-                std::memcpy(&expected_[at(x, y) - lowest_], &pixel, pixelBytes);
+    // Each version of a routine must make every pixel of new random rows what pixelAt(x, y) has said before,
+    // and leave what lies between the rows.
+    template <class PixelAt, class... Versions>
+    void check(Random& random, const PixelAt& pixelAt, const Versions&... versions) {
+        const auto checkOne = [&](const auto& draw) {
+            random.fill(lowest_, size_);
+            std::vector<std::uint8_t> expected(lowest_, lowest_ + size_);
+            for (int i = 0; i < width * std::max(height, 0); ++i) {
+                const std::uint32_t pixel = pixelAt(i % width, i / width);
+                std::memcpy(&expected[at(i % width, i / width) - lowest_], &pixel, pixelBytes);
             }
-        }
-    }
-    // How far from pixel (0, 0) the first byte is that does not hold what was expected or, between the rows
-    // and without expectations, what it always held. Nothing when there is no such byte.
-    [[nodiscard]] std::optional<std::ptrdiff_t> wrongByte() const {
-        const auto [byte, seen] = std::mismatch(expected_.begin(), expected_.end(), lowest_);
-        return byte == expected_.end() ? std::nullopt : std::optional(seen - data);
+            draw();
+            const auto [byte, seen] = std::mismatch(expected.begin(), expected.end(), lowest_);
+            ASSERT_TRUE(byte == expected.end()) << seen - data << " bytes from pixel (0, 0)";
+        };
+        (checkOne(versions), ...);
     }
 
 private:
     std::uint8_t* lowest_; // the rows' first byte in memory
-    std::vector<std::uint8_t> expected_;
+    std::size_t size_;
 };
 
 } // namespace talx::test

@@ -1,6 +1,8 @@
-// The row converters: every source into every format, every remainder of the unrolled loops, between fences.
+// What writes rows of a buffer, converters and icon blending: rows of every length in every format, between
+// fences.
 #include "render/pixels/row_converters.h"
 
+#include "render/pixels/icon_blend.h"
 #include "tests/model/model.h"
 #include "tests/pixels/random_rows.h"
 
@@ -10,63 +12,91 @@ namespace {
 const FencedMemory bufferMemory(1 << 16), redMemory(1 << 16), greenMemory(1 << 16), blueMemory(1 << 16),
     valueMemory(1 << 16), tableMemory(1 << 18);
 
-// A random case of every converter into a format, whose tables have such entries.
+// Every converter into a format whose tables have such entries.
 template <class Entry>
-void convertInto(int format, Random& random) {
-    const Extent extent = randomExtent(random);
+void convertInto(PixelFormat format, Extent extent, Random& random) {
     const auto rows = [&](const FencedMemory& memory, int bytes) {
         return Rows(random, memory, extent.width, extent.height, bytes);
     };
     Rows buffer = rows(bufferMemory, sizeof(Entry));
     const Rows red = rows(redMemory, 1), green = rows(greenMemory, 1), blue = rows(blueMemory, 1);
-    const int maxValue = random.oneOf({255, 1023, 1023, 4095, 4095, 16383, 65535});
+    const Rows values = rows(valueMemory, 2);
+    const int maxValue = random.oneOf({255, 255, 1023, 1023, 1023, 4095, 4095, 16383, 65535});
     const Rows table(random, tableMemory, maxValue + 1, 1, sizeof(Entry));
     const auto* const entries = reinterpret_cast<const Entry*>(table.data);
-
-    buffer.expect([&](int x, int y) {
+    const auto packed = [&](int x, int y) {
         const model::Color color{*red.at(x, y), *green.at(x, y), *blue.at(x, y)};
-        return format > 8 ? model::pack(format, color) : buffer.value(x, y);
-    });
-    convertColor(static_cast<PixelFormat>(format), buffer, red, green, blue, extent);
-    ASSERT_EQ(std::nullopt, buffer.wrongByte()) << "color, format " << format;
-
-    buffer.expect([&](int x, int y) { return table.value(red.value(x, y), 0); });
-    convertGrey8(buffer, red, extent, entries);
-    ASSERT_EQ(std::nullopt, buffer.wrongByte()) << "8-bit grey, format " << format;
-
+        return sizeof(Entry) > 1 ? model::pack(static_cast<int>(format), color) : buffer.value(x, y);
+    };
+    buffer.check(random, packed, [&] { convertColor(format, buffer, red, green, blue, extent); });
+    const auto grey = [&](int x, int y) {
+        return table.value(*red.at(x, y), 0);
+    };
+    buffer.check(random, grey, [&] { convertGrey8(buffer, red, extent, entries); });
     if constexpr (sizeof(Entry) > 1) {
-        const Rows values = rows(valueMemory, 2);
-        const auto seen = [&](int x, int y) {
+        const auto wide = [&](int x, int y) {
             return table.value(values.value(x, y) & maxValue, 0);
         };
-        buffer.expect(seen);
-        convertGrey16(buffer, values, extent, entries, maxValue);
-        ASSERT_EQ(std::nullopt, buffer.wrongByte()) << "16-bit grey, format " << format;
-
+        buffer.check(random, wide, [&] { convertGrey16(buffer, values, extent, entries, maxValue); });
         const int hidden = random.between(0, 255);
-        buffer.expect([&](int x, int y) { return *red.at(x, y) == 0 ? table.value(hidden, 0) : seen(x, y); });
-        convertMaskedRange16(buffer, values, red, extent, entries, maxValue, entries[hidden]);
-        ASSERT_EQ(std::nullopt, buffer.wrongByte()) << "16-bit range, format " << format;
+        buffer.check(
+            random, [&](int x, int y) { return *red.at(x, y) ? wide(x, y) : table.value(hidden, 0); },
+            [&] { convertMaskedRange16(buffer, values, red, extent, entries, maxValue, entries[hidden]); });
     }
 }
 
-TEST(RowConverters, GiveWhatTheTablesAndTheModelSay) {
-    forEachCase(250, [](Random& random) {
-        convertInto<std::uint8_t>(random.oneOf({0, 8}), random);
-        convertInto<std::uint16_t>(random.oneOf({15, 16}), random);
-        convertInto<ColorEntry>(24, random);
-        convertInto<std::uint32_t>(32, random);
+void blendInto(int format, Extent extent, Random& random) {
+    const Rows icon(random, redMemory, extent.width, extent.height, 1);
+    Rows buffer(random, bufferMemory, extent.width, extent.height, std::max(1, (format + 1) / 8));
+    std::array<model::Color, 256> colors;
+    IconTables tables;
+    IconIndexTables indices;
+    random.fill(colors.data(), sizeof colors);
+    random.fill(indices.index.data(), sizeof indices.index);
+    const auto transparencyOf = [](std::uint32_t i) {
+        return static_cast<std::uint8_t>(i % 2 ? i : i % 102);
+    };
+    for (int i = 0; i < 256; ++i) {
+        indices.transparent[i] = transparencyOf(i) == 100;
+        tables.weight[i] = iconWeight(transparencyOf(i));
+        tables.color[i] = tables.weight[i] == invisibleWeight ? 0 : model::pack(format, colors[i]);
+    }
+    const auto blended = [&](int x, int y) -> std::uint32_t {
+        const std::uint32_t i = *icon.at(x, y), before = buffer.value(x, y);
+        if (format > 8) {
+            return model::blend(format, before, colors[i], model::iconWeight(transparencyOf(i)));
+        }
+        return format == 0 || indices.transparent[i] ? before : indices.index[i];
+    };
+    buffer.check(random, blended, [&] {
+        blendIcon(PixelFormat{format}, buffer, icon, extent, tables); // nothing in 0 and 8
+        if (format == 8) {
+            drawIconIndices(buffer, icon, extent, indices);
+        }
     });
-}
-
-TEST(MaskColor, FollowsItsOwnArithmetic) {
-    for (std::uint32_t word = 0; word < 1u << 24; word += 7) {
-        const std::uint32_t given = word | word << 24;
-        ASSERT_EQ(model::maskPixel(15, word), maskPixel15(given)) << word;
-        ASSERT_EQ(model::maskPixel(16, word), maskPixel16(given)) << word;
-        ASSERT_EQ(model::maskPixel(24, word), toRgb32(maskPixel24(given))) << word;
-    }
 }
 
 } // namespace
+
+void checkRows(Random& random) {
+    const int number = random.oneOf({0, 8, 15, 16, 24, 32});
+    const PixelFormat format{number};
+    const Extent extent{random.between(-1, 200), random.between(-1, 4)};
+    SCOPED_TRACE(testing::Message() << "format " << number << ", width " << extent.width);
+    blendInto(number, extent, random);
+    number <= 8    ? convertInto<std::uint8_t>(format, extent, random)
+    : number <= 16 ? convertInto<std::uint16_t>(format, extent, random)
+    : number == 24 ? convertInto<ColorEntry>(format, extent, random)
+                   : convertInto<std::uint32_t>(format, extent, random);
+
+    const std::uint32_t word = random.word();
+    ASSERT_EQ(model::maskPixel(15, word), maskPixel15(word)) << word;
+    ASSERT_EQ(model::maskPixel(16, word), maskPixel16(word)) << word;
+    ASSERT_EQ(model::maskPixel(24, word), toRgb32(maskPixel24(word))) << word;
+}
+
+TEST(RowConverters, GiveWhatTheTablesAndTheModelSay) {
+    forEachCase(4000, checkRows);
+}
+
 } // namespace talx::test
