@@ -1,8 +1,6 @@
 // See module.h.
 #include "com/module.h"
 
-using Microsoft::WRL::ComPtr;
-
 namespace talx {
 
 namespace {
@@ -79,7 +77,7 @@ HRESULT ComModule::getClassObject(REFCLSID clsid, REFIID iid, void** result) {
             }
             const CriticalSectionHold hold(factoryCreation_);
             if (!entry.factory.load()) {
-                void* factory;
+                void* factory = nullptr;
                 const HRESULT hr =
                     entry.createFactory(__uuidof(IUnknown), &factory, entry.createInstance, entry.clsid);
                 if (FAILED(hr)) {

@@ -40,13 +40,13 @@ private:
     friend class ScalingParamsImpl<CTalRenderEngine>;
 
     // RenderEngineBase
-    EngineState& state() override { return state_; }
+    [[nodiscard]] EngineState& state() override { return state_; }
 
     // CompositionBuffer
-    bool exists() const override { return composition_ != nullptr; }
-    PixelFormat format() const override { return screenFormat_; }
+    [[nodiscard]] bool exists() const override { return composition_ != nullptr; }
+    [[nodiscard]] PixelFormat format() const override { return screenFormat_; }
     void withBits(FunctionRef<void(const BufferBits&)> draw) override;
-    HPALETTE palette() const override { return gdiPalette_.get(); }
+    [[nodiscard]] HPALETTE palette() const override { return gdiPalette_.get(); }
     bool blendIconInHardware(const IconBlendJob& job) override;
 
     // The steps of Initialize.

@@ -186,7 +186,7 @@ STDMETHODIMP CTalGDIRenderEngine::CreateDIBRenderTarget(TalRenderTargetFormatCon
         description.bmp.hbitmap = dib.bitmap();
         ComPtr<IPictureDisp> picture;
         check(OleCreatePictureIndirect(&description, IID_IPictureDisp, TRUE, &picture));
-        dib.release().release(); // the picture owns the bitmap now
+        static_cast<void>(dib.release().release()); // the picture owns the bitmap now
         *pDIB = picture.Detach();
         return S_OK;
     });

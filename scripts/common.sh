@@ -1,3 +1,4 @@
+# shellcheck shell=bash
 # What ./check and ./demo share; to be sourced by bash.
 set -euo pipefail
 

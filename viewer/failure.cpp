@@ -1,6 +1,8 @@
 // Failure codes into text.
 #include "viewer/failure.h"
 
+#include <windows.h>
+
 #include <oleauto.h>
 #include <wrl/client.h>
 

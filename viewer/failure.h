@@ -1,13 +1,13 @@
 // How the viewer's parts tell that something went wrong: exceptions that carry one line of UTF-8 text.
 #pragma once
 
-#include <windows.h>
-
 #include <stdexcept>
 #include <string>
 #include <string_view>
 
 namespace talview {
+
+using HRESULT = long; // as Windows has it, without which the command line is read, too
 
 // The work cannot be done.
 class Failure : public std::runtime_error {

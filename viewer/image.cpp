@@ -61,7 +61,7 @@ Image::Image(ImageKind kind, long width, long height, bool masked, int depth)
 }
 
 PlaneAccess Image::access(long plane, TalPelAccessMode mode) const {
-    return PlaneAccess(memory_.Get(), plane, mode);
+    return {memory_.Get(), plane, mode};
 }
 
 std::wstring Image::valueText(long x, long y) const {

@@ -36,7 +36,7 @@ void view(const Options& options) {
                 scene.extent().bottom);
     std::fflush(stdout);
     if (!options.save.empty()) {
-        savePng(scene, options.format, options.save);
+        savePng(scene, static_cast<TalRenderTargetFormatConstants>(options.format), options.save);
     }
     if (options.hold || options.save.empty()) {
         window.run(options.hold);

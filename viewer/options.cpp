@@ -86,13 +86,9 @@ void setLimits(Options& options, Text value) {
 }
 
 void setFormat(Options& options, Text value) {
-    options.format =
-        choose<TalRenderTargetFormatConstants>(value, {{L"native", talRenderTargetFormatUnspecified},
-                                                       {L"pal8", talRenderTargetFormatPal8},
-                                                       {L"rgb15", talRenderTargetFormatRGB15},
-                                                       {L"rgb16", talRenderTargetFormatRGB16},
-                                                       {L"rgb24", talRenderTargetFormatRGB24},
-                                                       {L"rgb32", talRenderTargetFormatRGB32}});
+    options.format = choose<int>(
+        value,
+        {{L"native", 0}, {L"pal8", 8}, {L"rgb15", 15}, {L"rgb16", 16}, {L"rgb24", 24}, {L"rgb32", 32}});
 }
 
 struct Option {
@@ -216,7 +212,7 @@ Options parseOptions(const std::vector<std::wstring>& arguments) {
     if (options.image.empty()) {
         throw UsageError("no image given");
     }
-    if (options.directDraw && options.format != talRenderTargetFormatUnspecified) {
+    if (options.directDraw && options.format != 0) {
         throw UsageError("--format needs --engine gdi: the DirectDraw engine has no render targets");
     }
     options.range |= !options.mask.empty();

@@ -1,7 +1,6 @@
-// What the command line asks for.
+// What the command line asks for. Nothing of Windows is needed to read it.
 #pragma once
 
-#include "talxrend.h"
 #include "viewer/color_maps.h"
 
 #include <cstdint>
@@ -45,7 +44,7 @@ struct Options {
     bool caption = true;
 
     bool directDraw = false;
-    TalRenderTargetFormatConstants format = talRenderTargetFormatUnspecified;
+    int format = 0; // of the render target, one of TalRenderTargetFormatConstants; 0: the engine's own
     std::wstring save;
     std::optional<double> hold; // seconds
 

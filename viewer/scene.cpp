@@ -136,12 +136,12 @@ void Scene::drawCaption(const RECT& rect) {
 }
 
 void Scene::drawMarkers(const RECT& rect) {
+    constexpr long half = Marker::size / 2; // beside the middle pixel
     for (const Point& place : options_.markers) {
         const Point middle = placement_.toView({place.x + 0.5, place.y + 0.5});
         check(engine_->DrawIcon8(markerLayer, marker_.icon(), marker_.colors(), marker_.transparencies(),
-                                 std::floor(middle.x) - Marker::size / 2,
-                                 std::floor(middle.y) - Marker::size / 2, 1, rect.left, rect.top, rect.right,
-                                 rect.bottom),
+                                 std::floor(middle.x) - half, std::floor(middle.y) - half, 1, rect.left,
+                                 rect.top, rect.right, rect.bottom),
               "DrawIcon8");
     }
 }

@@ -95,22 +95,19 @@ public:
     operator ConstPixelRows() const { return {data, stride}; }
     operator PlaneView() const { return {data, stride, {width, height}}; }
 
-    // Each version of a routine must make every pixel of new random rows what pixelAt(x, y) has said before,
-    // and leave what lies between the rows.
-    template <class PixelAt, class... Versions>
-    void check(Random& random, const PixelAt& pixelAt, const Versions&... versions) {
-        const auto checkOne = [&](const auto& draw) {
-            random.fill(lowest_, size_);
-            std::vector<std::uint8_t> expected(lowest_, lowest_ + size_);
-            for (int i = 0; i < width * std::max(height, 0); ++i) {
-                const std::uint32_t pixel = pixelAt(i % width, i / width);
-                std::memcpy(&expected[at(i % width, i / width) - lowest_], &pixel, pixelBytes);
-            }
-            draw();
-            const auto [byte, seen] = std::mismatch(expected.begin(), expected.end(), lowest_);
-            ASSERT_TRUE(byte == expected.end()) << seen - data << " bytes from pixel (0, 0)";
-        };
-        (checkOne(versions), ...);
+    // draw must make every pixel of new random rows what pixelAt(x, y) has said before, and leave what lies
+    // between the rows.
+    template <class PixelAt, class Draw>
+    void check(Random& random, const PixelAt& pixelAt, const Draw& draw) {
+        random.fill(lowest_, size_);
+        std::vector<std::uint8_t> expected(lowest_, lowest_ + size_);
+        for (int i = 0; i < width * std::max(height, 0); ++i) {
+            const std::uint32_t pixel = pixelAt(i % width, i / width);
+            std::memcpy(&expected[at(i % width, i / width) - lowest_], &pixel, pixelBytes);
+        }
+        draw();
+        const auto [byte, seen] = std::mismatch(expected.begin(), expected.end(), lowest_);
+        ASSERT_TRUE(byte == expected.end()) << seen - data << " bytes from pixel (0, 0)";
     }
 
 private:

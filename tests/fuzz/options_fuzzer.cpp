@@ -1,0 +1,47 @@
+// The viewer's command line, an argument on each line: whatever stands there, the options are usable or
+// refused.
+#include "viewer/failure.h"
+#include "viewer/options.h"
+#include "viewer/placement.h"
+
+#include <cmath>
+#include <cstdlib>
+#include <sstream>
+
+// The viewer's own needs Windows.
+std::string talview::utf8(std::wstring_view text) {
+    return {text.begin(), text.end()};
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    using namespace talview;
+    const auto require = [](bool holds) {
+        holds ? void() : std::abort();
+    };
+    std::vector<std::wstring> arguments;
+    std::wistringstream lines(std::wstring(data, data + size));
+    for (std::wstring line; std::getline(lines, line);) {
+        arguments.push_back(line);
+    }
+    try {
+        const Options options = parseOptions(arguments);
+        require(options.help || !options.image.empty());
+        require(options.width >= 1 && options.width <= 16384 && options.height >= 1 &&
+                options.height <= 16384);
+        require(options.maskColor <= 0xFFFFFF && options.hold.value_or(0) >= 0);
+        const Limits limits = options.limits.value_or(Limits{0, 65535});
+        for (const std::uint32_t color : colorTable(*options.map, 256, limits.low, limits.high)) {
+            require(color <= 0xFFFFFF);
+        }
+        Placement placement(4000, 3000, options.scale, options.at);
+        placement.resize(options.width, options.height);
+        for (const Point p : options.markers) {
+            placement.zoomAbout(p, 2);
+            placement.move(p);
+            require(placement.scale() > 0 && placement.scale() <= 1000);
+            require(std::abs(placement.left()) <= 1e9 && std::abs(placement.top()) <= 1e9);
+        }
+    } catch (const UsageError&) {
+    }
+    return 0;
+}
