@@ -13,7 +13,9 @@ HRESULT TypeInfoCache::get(const CLSID& coclass, ITypeInfo** info) {
         ComPtr<ITypeInfo> loaded;
         const HRESULT hr = guarded([&] {
             const ComPtr<ITypeLib> library = loadTypeLibrary(comModule());
-            return library->GetTypeInfoOfGuid(coclass, loaded.GetAddressOf());
+            const HRESULT made = library->GetTypeInfoOfGuid(coclass, loaded.GetAddressOf());
+            checkMade(made, loaded.Get());
+            return made;
         });
         if (FAILED(hr)) {
             return hr;

@@ -1,4 +1,4 @@
-// IProvideClassInfo2 and ISupportErrorInfo for a creatable class.
+// IProvideClassInfo2 for a creatable class.
 #pragma once
 
 #include "com/module.h"
@@ -28,25 +28,19 @@ class IProvideClassInfo2Impl : public IProvideClassInfo2 {
 public:
     STDMETHOD(GetClassInfo)(ITypeInfo** info) override {
         static constinit TypeInfoCache cache;
-        return info ? cache.get(__uuidof(Coclass), info) : E_POINTER;
+        return bare(info ? cache.get(__uuidof(Coclass), info) : E_POINTER);
     }
     STDMETHOD(GetGUID)(DWORD kind, GUID* guid) override {
         if (!guid) {
-            return E_POINTER;
+            return bare(E_POINTER);
         }
         *guid = GUID{};
         if (kind != GUIDKIND_DEFAULT_SOURCE_DISP_IID) {
-            return E_INVALIDARG;
+            return bare(E_INVALIDARG);
         }
         *guid = __uuidof(Source);
         return S_OK;
     }
-};
-
-// Every interface of the class sets error information.
-class ISupportErrorInfoImpl : public ISupportErrorInfo {
-public:
-    STDMETHOD(InterfaceSupportsErrorInfo)(REFIID) override { return S_OK; }
 };
 
 } // namespace talx

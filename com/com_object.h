@@ -21,8 +21,8 @@
 //         static void WINAPI ObjectMain(bool starting); // optional: called when the module comes and goes
 //     };
 //
-// and is completed by one line of the module's class map (com/module.h). com/class_info.h has the bases for
-// IProvideClassInfo2 and ISupportErrorInfo. An object that only other objects hand out needs no CComCoClass;
+// and is completed by one line of the module's class map (com/module.h). com/class_info.h has the base for
+// IProvideClassInfo2. An object that only other objects hand out needs no CComCoClass;
 // makeObject creates it.
 #pragma once
 
@@ -30,7 +30,9 @@
 
 #include <windows.h>
 
+#include <climits>
 #include <comcat.h>
+#include <oaidl.h>
 #include <wrl/client.h>
 
 #include <span>
@@ -116,6 +118,9 @@ protected:
 
     ULONG InternalAddRef() noexcept { return ThreadModel::Increment(references_); }
     ULONG InternalRelease() noexcept { return ThreadModel::Decrement(references_); }
+    // To be called before the object is deleted: whoever refers to it for a moment meanwhile does not delete
+    // it again.
+    void protectDestruction() noexcept { references_ = LONG_MIN / 2; }
 
 private:
     LONG references_ = 0;
@@ -135,6 +140,7 @@ public:
     STDMETHOD_(ULONG, Release)() override {
         const ULONG left = this->InternalRelease();
         if (left == 0) {
+            this->protectDestruction();
             delete this;
         }
         return left;
@@ -185,6 +191,7 @@ public:
     STDMETHOD_(ULONG, Release)() override {
         const ULONG left = this->InternalRelease();
         if (left == 0) {
+            this->protectDestruction();
             delete this;
         }
         return left;
@@ -217,6 +224,7 @@ public:
     STDMETHOD_(ULONG, Release)() override {
         const ULONG left = this->InternalRelease();
         if (left == 0) {
+            this->protectDestruction();
             delete this;
         } else if (left == 1) {
             unlockModule();
@@ -269,13 +277,22 @@ public:
     static void WINAPI ObjectMain(bool /*starting*/) {}
 };
 
+// Says of every interface of a class that it sets error information, whatever it is.
+class ISupportErrorInfoImpl : public ISupportErrorInfo {
+public:
+    STDMETHOD(InterfaceSupportsErrorInfo)(REFIID) override { return S_OK; }
+};
+
 // The class factory of every class. LockServer holds the module's lock.
-class CComClassFactory : public CComObjectRootEx<CComMultiThreadModel>, public IClassFactory {
+class CComClassFactory : public CComObjectRootEx<CComMultiThreadModel>,
+                         public IClassFactory,
+                         public ISupportErrorInfoImpl {
 public:
     CComClassFactory(InstanceCreator create, const CLSID* clsid) : create_(create), clsid_(*clsid) {}
 
     static std::span<const ComInterfaceEntry> interfaceMap() {
-        static constexpr ComInterfaceEntry entries[] = {comInterface<CComClassFactory, IClassFactory>()};
+        static constexpr ComInterfaceEntry entries[] = {comInterface<CComClassFactory, IClassFactory>(),
+                                                        comInterface<CComClassFactory, ISupportErrorInfo>()};
         return entries;
     }
 
@@ -283,11 +300,11 @@ public:
     // IUnknown.
     STDMETHOD(CreateInstance)(IUnknown* outer, REFIID iid, void** result) override {
         if (!result) {
-            return E_POINTER;
+            return bare(E_POINTER);
         }
         *result = nullptr;
         if (outer && !InlineIsEqualGUID(iid, __uuidof(IUnknown))) {
-            return CLASS_E_NOAGGREGATION;
+            return bare(CLASS_E_NOAGGREGATION);
         }
         return MethodFrame({__uuidof(IClassFactory), clsid_}, L"CreateInstance").run([&] {
             return create_(outer, iid, result);

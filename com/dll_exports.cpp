@@ -11,14 +11,17 @@ namespace __gnu_cxx {
 void __freeres();
 } // namespace __gnu_cxx
 
-extern "C" BOOL WINAPI DllMain(HINSTANCE instance, DWORD reason, void* /*reserved*/) {
+extern "C" BOOL WINAPI DllMain(HINSTANCE instance, DWORD reason, void* processEnds) {
     if (reason == DLL_PROCESS_ATTACH) {
         talx::prepareExceptions();
         comModule().attach(instance, talx::moduleDefinition());
     } else if (reason == DLL_PROCESS_DETACH) {
         comModule().detach();
-        talx::releaseExceptions();
-        __gnu_cxx::__freeres();
+        if (!processEnds) { // else its memory goes with it, and the heap may be locked by a thread that is
+                            // gone
+            talx::releaseExceptions();
+            __gnu_cxx::__freeres();
+        }
     }
     return TRUE;
 }

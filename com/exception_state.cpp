@@ -77,6 +77,7 @@ bool readyThreadForExceptions() noexcept {
 void prepareExceptions() noexcept {
     slot = FlsAlloc(&giveBack); // gives a thread's state back at its end
     if (!readyThreadForExceptions()) {
+        releaseExceptions(); // no thread can be made ready: every method answers E_OUTOFMEMORY
         return;
     }
     // The emergency memory is guarded by a mutex that allocates when it is first locked, so it is used once

@@ -1,15 +1,16 @@
 // The one way to fail inside: what cannot be done throws, and the frame around every method
 // (com/method_frame.h) turns it into an HRESULT with error information.
 //
-//     check(hr);                      a step failed: told by the method's name
-//     check(hr, IDS_BLT_FAILED);      told by a message of the module's string table
+//     check(hr);                      a platform's step failed
+//     require(condition, E_POINTER);  a condition does not hold
+//     check(hr, IDS_BLT_FAILED);      either may name a message of the module's string table; without one the
+//                                     failure is told by the method's name
 //     fail(E_INVALIDARG, L"...");     told by this text
-//     throw _com_error(hr);           raised by a helper that knows no step: told by the method's name, a
-//     blank and
+//     raise(hr);                      by a helper that knows no step: told by the method's name, a blank and
 //                                     the description of the exception's error object, if it has one
 //
-// Memory that runs out is std::bad_alloc. Nothing else is thrown. A failure that a method itself answers to
-// its caller without error information is a bare HRESULT that its body returns.
+// Memory that runs out is std::bad_alloc. Nothing else is thrown. A failure that a method answers to its
+// caller without error information is a bare HRESULT.
 #pragma once
 
 #include "com/exception_state.h"
@@ -17,6 +18,7 @@
 #include <comdef.h>
 
 #include <new>
+#include <utility>
 
 namespace talx {
 
@@ -42,19 +44,33 @@ inline void check(HRESULT hr, UINT messageId = 0) {
     }
 }
 
+inline void require(bool condition, HRESULT hr, UINT messageId = 0) {
+    check(condition ? S_OK : hr, messageId);
+}
+
+// A step that should have made an object: a success without one counts as E_POINTER.
+template <class Pointer>
+void checkMade(HRESULT hr, const Pointer& made, UINT messageId = 0) {
+    check(hr, messageId);
+    require(made != nullptr, E_POINTER, messageId);
+}
+
 [[noreturn]] inline void fail(HRESULT hr, const wchar_t* text) {
     throw StepFailure(hr, text);
 }
 
-// The failure of the last platform call; never a success.
+[[noreturn]] inline void raise(HRESULT hr) {
+    throw _com_error(hr);
+}
+
+// The failure of the platform's last call that tells by GetLastError; never a success.
 [[nodiscard]] inline HRESULT lastErrorResult() {
     const HRESULT hr = HRESULT_FROM_WIN32(GetLastError());
     return FAILED(hr) ? hr : E_FAIL;
 }
 
-// A result without error information. A failure takes away what an earlier call has left in the thread: it
-// says nothing about this one.
-inline HRESULT bare(HRESULT hr) noexcept {
+// A failure without error information: what an earlier call has left says nothing about it.
+inline HRESULT bare(HRESULT hr) {
     if (FAILED(hr)) {
         SetErrorInfo(0, nullptr);
     }
@@ -68,7 +84,7 @@ HRESULT guarded(Body&& body) {
         return bare(E_OUTOFMEMORY);
     }
     try {
-        return bare(body());
+        return bare(std::forward<Body>(body)());
     } catch (const _com_error& error) {
         return bare(error.Error());
     } catch (const std::bad_alloc&) {

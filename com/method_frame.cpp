@@ -21,8 +21,8 @@ constexpr bool isOwnCode(HRESULT hr) {
 HRESULT createErrorInfo(const ErrorSource& source, const wchar_t* description, ComPtr<IErrorInfo>& info) {
     ComPtr<ICreateErrorInfo> error;
     HRESULT hr = CreateErrorInfo(error.GetAddressOf());
-    if (FAILED(hr)) {
-        return hr;
+    if (FAILED(hr) || !error) {
+        return FAILED(hr) ? hr : E_POINTER;
     }
     wchar_t* progId = nullptr;
     hr = ProgIDFromCLSID(source.classId, &progId);
@@ -44,7 +44,8 @@ HRESULT createErrorInfo(const ErrorSource& source, const wchar_t* description, C
 
 // Installs the information for the calling thread. A failure leaves the thread without any: what an earlier
 // call has left says nothing about this one.
-HRESULT describe(const ErrorSource& source, const wchar_t* description, HRESULT hr, UINT messageId = 0) {
+HRESULT installErrorInfo(const ErrorSource& source, const wchar_t* description, HRESULT hr,
+                         UINT messageId = 0) {
     if (messageId == 0 && isOwnCode(hr)) {
         messageId = LOWORD(hr);
     }
@@ -64,7 +65,7 @@ HRESULT describe(const ErrorSource& source, const wchar_t* description, HRESULT 
 
 HRESULT MethodFrame::report(const StepFailure& failure) const noexcept {
     const wchar_t* const text = failure.text() ? failure.text() : name_;
-    if (describe(source_, text, failure.Error(), failure.messageId()) == E_OUTOFMEMORY) {
+    if (installErrorInfo(source_, text, failure.Error(), failure.messageId()) == E_OUTOFMEMORY) {
         return report(_com_error(E_OUTOFMEMORY));
     }
     return failure.Error();
@@ -78,12 +79,12 @@ HRESULT MethodFrame::report(const _com_error& error) const noexcept {
         info->GetDescription(detail.put());
     }
     const Bstr text{name_, L" ", detail.view()};
-    describe(source_, text ? text.c_str() : name_, error.Error());
+    installErrorInfo(source_, text ? text.c_str() : name_, error.Error());
     return error.Error();
 }
 
 HRESULT MethodFrame::reportOutOfMemory() const noexcept {
-    describe(source_, name_, E_OUTOFMEMORY);
+    installErrorInfo(source_, name_, E_OUTOFMEMORY);
     return E_OUTOFMEMORY;
 }
 

@@ -6,8 +6,8 @@
 // description is string messageId of the module when that is not 0; the module's string for the HRESULT when
 // that is one of the component's own codes (0x80044000 to 0x80047FFF); otherwise the text that came with the
 // failure, or the method's name. A string that the module lacks is "Unknown Error". Where no error object can
-// be had for want of memory, a failed step is E_OUTOFMEMORY; an exception of another kind keeps its HRESULT,
-// and the thread is left without error information.
+// be had for want of memory, a StepFailure becomes E_OUTOFMEMORY; a plain _com_error keeps its HRESULT, and
+// the thread is left without error information.
 #pragma once
 
 #include "com/failure.h"
@@ -28,8 +28,8 @@ class MethodFrame {
 public:
     MethodFrame(const ErrorSource& source, const wchar_t* methodName) : source_(source), name_(methodName) {}
 
-    // Runs body, whose result, if it has one, is the method's; it is returned without error information.
-    // Exceptions other than _com_error and std::bad_alloc pass.
+    // Runs body, whose result, if it has one, is the method's; a failure that it answers is bare. Exceptions
+    // other than _com_error and std::bad_alloc pass.
     template <class Body>
     HRESULT run(Body&& body) const {
         if (!readyThreadForExceptions()) {

@@ -49,7 +49,7 @@ std::wstring quoted(std::wstring text) {
 class ComScope {
 public:
     ComScope() : initialized_(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED)) {
-        check(initialized_ == RPC_E_CHANGED_MODE ? S_OK : initialized_);
+        require(initialized_ == RPC_E_CHANGED_MODE, initialized_);
     }
     ~ComScope() {
         if (SUCCEEDED(initialized_)) {
@@ -66,8 +66,9 @@ private:
 // Runs the script of one class, in both directions.
 void updateRegistry(const ComModule& module, const ObjectEntry& entry, bool add) {
     ComPtr<IRegistrar> registrar;
-    check(CoCreateInstance(clsidRegistrar, nullptr, CLSCTX_INPROC_SERVER, iidRegistrar,
-                           reinterpret_cast<void**>(registrar.GetAddressOf())));
+    const HRESULT hr = CoCreateInstance(clsidRegistrar, nullptr, CLSCTX_INPROC_SERVER, iidRegistrar,
+                                        reinterpret_cast<void**>(registrar.GetAddressOf()));
+    checkMade(hr, registrar.Get());
     const std::wstring path = modulePath(module.instance());
     const bool perUser = perUserRegistration();
     const std::pair<const wchar_t*, std::wstring> replacements[] = {
@@ -93,8 +94,9 @@ void updateCategories(const ObjectEntry& entry, bool add) {
         return;
     }
     ComPtr<ICatRegister> categories;
-    check(CoCreateInstance(CLSID_StdComponentCategoriesMgr, nullptr, CLSCTX_INPROC_SERVER,
-                           IID_PPV_ARGS(categories.GetAddressOf())));
+    const HRESULT hr = CoCreateInstance(CLSID_StdComponentCategoriesMgr, nullptr, CLSCTX_INPROC_SERVER,
+                                        IID_PPV_ARGS(categories.GetAddressOf()));
+    checkMade(hr, categories.Get());
     for (const ComCategoryEntry& category : entry.categories) {
         const auto update = add ? (category.required ? &ICatRegister::RegisterClassReqCategories
                                                      : &ICatRegister::RegisterClassImplCategories)

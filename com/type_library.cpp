@@ -50,7 +50,8 @@ bool perUserRegistration() {
 
 ComPtr<ITypeLib> loadTypeLibrary(const ComModule& module) {
     ComPtr<ITypeLib> library;
-    check(LoadTypeLibEx(typeLibraryPath(module).c_str(), REGKIND_NONE, library.GetAddressOf()));
+    const HRESULT hr = LoadTypeLibEx(typeLibraryPath(module).c_str(), REGKIND_NONE, library.GetAddressOf());
+    checkMade(hr, library.Get());
     return library;
 }
 
@@ -66,7 +67,8 @@ HRESULT registerTypeLibrary(const ComModule& module) {
 HRESULT unregisterTypeLibrary(const ComModule& module) {
     const ComPtr<ITypeLib> library = loadTypeLibrary(module);
     TLIBATTR* attributes = nullptr;
-    check(library->GetLibAttr(&attributes));
+    const HRESULT hr = library->GetLibAttr(&attributes);
+    checkMade(hr, attributes);
     const TLIBATTR id = *attributes;
     library->ReleaseTLibAttr(attributes);
     const auto unregisterLibrary = registrationFunction("UnRegisterTypeLibForUser", &UnRegisterTypeLib);

@@ -5,15 +5,23 @@
 #include "render/ole_color.h"
 #include "render/system_palette.h"
 
+#include <limits>
+
 namespace talx {
 
 namespace {
 
+// A rectangle of the view at its place on the screen. It keeps its size: a place that 32 bits do not count is
+// held where the rectangle still ends within them.
 Rect moved(const Rect& r, long x, long y) {
-    const auto add = [](std::int32_t a, long b) {
-        return saturate(std::int64_t{a} + b);
+    const auto start = [](std::int32_t edge, long by, std::int64_t size) {
+        constexpr std::int64_t most = std::numeric_limits<std::int32_t>::max();
+        return saturate(std::min(std::int64_t{edge} + by, most - size));
     };
-    return {add(r.left, x), add(r.top, y), add(r.right, x), add(r.bottom, y)};
+    const Extent size = r.extent();
+    const std::int32_t left = start(r.left, x, size.width);
+    const std::int32_t top = start(r.top, y, size.height);
+    return {left, top, left + size.width, top + size.height};
 }
 
 } // namespace
@@ -25,15 +33,15 @@ STDMETHODIMP CTalRenderEngine::Fill(long /*Lyr*/, long Ulx, long Uly, long Lrx, 
             return;
         }
         const DWORD pixel = fillPixel(translateColor(Clr));
-        check(composition_ ? S_OK : E_FAIL, IDS_BLT_FAILED);
+        require(composition_ != nullptr, E_FAIL, IDS_BLT_FAILED);
         check(fillSurface(composition_.Get(), toRECT(rect), pixel), IDS_FILL_FAILED);
     });
 }
 
 STDMETHODIMP CTalRenderEngine::GetDrawContext(long /*Lyr*/, __int64* phdc) {
     return initializedMethod(L"GetDrawContext", [&] {
-        check(phdc ? S_OK : E_POINTER);
-        check(composition_ ? S_OK : E_FAIL, IDS_GETDC_FAILED);
+        require(phdc, E_POINTER);
+        require(composition_ != nullptr, E_FAIL, IDS_GETDC_FAILED);
         restoreIfLost(composition_.Get());
         HDC dc = nullptr;
         const HRESULT hr = composition_->GetDC(&dc);
@@ -52,7 +60,7 @@ STDMETHODIMP CTalRenderEngine::ReleaseDrawContext(long /*Lyr*/, __int64 Hdc) {
         }
         restoreIfLost(composition_.Get());
         const HRESULT hr = composition_->ReleaseDC(toHandle<HDC>(Hdc));
-        return FAILED(hr) ? E_FAIL : S_OK; // without error information
+        return FAILED(hr) ? E_FAIL : S_OK; // bare
     });
 }
 
@@ -62,8 +70,9 @@ STDMETHODIMP CTalRenderEngine::RefreshScreen(long Sx, long Sy, long Ulx, long Ul
         if (rect.empty()) {
             return;
         }
+        require(composition_ != nullptr, E_INVALIDARG, IDS_BLT_FAILED);
         // Lost surfaces are reported, not restored: there would be nothing to show.
-        check(copySurface(required(primary_), toRECT(moved(rect, Sx, Sy)), composition_.Get(), toRECT(rect)),
+        check(copySurface(nonNull(primary_), toRECT(moved(rect, Sx, Sy)), composition_.Get(), toRECT(rect)),
               IDS_BLT_FAILED);
     });
 }

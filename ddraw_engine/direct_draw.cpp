@@ -2,6 +2,7 @@
 
 #include "ddraw_engine/direct_draw.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <limits>
 
@@ -11,17 +12,12 @@ using Microsoft::WRL::ComPtr;
 
 namespace {
 
-// Whether a surface is what was asked for, by what it says of itself: some sizes come out with less memory
-// than they need. All of a surface's memory is counted in 31 bits, so that no size computed from it can wrap
-// around.
+// Whether a surface is as large as was asked for, by what it says of itself: some sizes come out with less
+// memory than they need. Without a pitch, a lock will have to tell.
 bool holds(const DDSURFACEDESC& description, DWORD width, DWORD height) {
-    if (description.dwWidth != width || description.dwHeight != height) {
-        return false;
-    }
-    constexpr std::int64_t most = std::numeric_limits<std::int32_t>::max();
-    const std::int64_t rowBytes = std::int64_t{width} * bytesPerPixel(description);
-    const std::int64_t pitch = std::abs(std::int64_t{description.lPitch});
-    return rowBytes <= pitch && (pitch == 0 || std::int64_t{height} <= most / pitch);
+    const bool hasPitch = (description.dwFlags & DDSD_PITCH) != 0;
+    return description.dwWidth >= width && description.dwHeight >= height &&
+           (!hasPitch || holdsRows(description));
 }
 
 } // namespace
@@ -42,6 +38,13 @@ HRESULT DirectDrawLibrary::create(ComPtr<IDirectDraw>& directDraw) {
         return lastErrorResult();
     }
     return reinterpret_cast<Create>(reinterpret_cast<void*>(entry))(nullptr, &directDraw, nullptr);
+}
+
+bool holdsRows(const DDSURFACEDESC& description) {
+    constexpr std::int64_t most = std::numeric_limits<std::int32_t>::max();
+    const std::int64_t pitch = std::abs(std::int64_t{description.lPitch});
+    return std::int64_t{description.dwWidth} * bytesPerPixel(description) <= pitch &&
+           std::int64_t{description.dwHeight} <= most / std::max<std::int64_t>(pitch, 1);
 }
 
 HRESULT createSurface(IDirectDraw* directDraw, DWORD caps, long width, long height,

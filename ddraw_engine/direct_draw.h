@@ -30,9 +30,9 @@ private:
 
 // The object that a reference holds. A null reference throws _com_error(E_POINTER).
 template <class Interface>
-[[nodiscard]] Interface* required(const Microsoft::WRL::ComPtr<Interface>& reference) {
+[[nodiscard]] Interface* nonNull(const Microsoft::WRL::ComPtr<Interface>& reference) {
     if (!reference) {
-        throw _com_error(E_POINTER);
+        raise(E_POINTER);
     }
     return reference.Get();
 }
@@ -50,6 +50,10 @@ template <class Structure>
     return static_cast<int>((description.ddpfPixelFormat.dwRGBBitCount + 1) / 8);
 }
 
+// Whether a described surface's pitch holds its rows. All of its memory is counted in 31 bits, so that no
+// size computed from it can wrap around.
+[[nodiscard]] bool holdsRows(const DDSURFACEDESC& description);
+
 // Makes a surface as described. A success without a surface counts as E_POINTER.
 HRESULT createSurface(IDirectDraw* directDraw, DDSURFACEDESC& description,
                       Microsoft::WRL::ComPtr<IDirectDrawSurface>& surface);
@@ -65,8 +69,7 @@ void restoreIfLost(IDirectDrawSurface* surface);
 // Fills a rectangle with a pixel value, restoring the surface first if it is lost.
 HRESULT fillSurface(IDirectDrawSurface* surface, RECT rect, DWORD pixel);
 
-// Copies a rectangle of one surface to a rectangle of the same size on another. A null source is DirectDraw's
-// to refuse.
+// Copies a rectangle of one surface to a rectangle of the same size on another.
 HRESULT copySurface(IDirectDrawSurface* destination, RECT destinationRect, IDirectDrawSurface* source,
                     RECT sourceRect);
 

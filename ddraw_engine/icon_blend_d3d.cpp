@@ -165,10 +165,10 @@ void IconBlenderD3d::createDevice(const BlendTarget& target) {
 void IconBlenderD3d::useDevice(const BlendTarget& target, const GUID& deviceClass) {
     ComPtr<IDirect3DDevice2> device;
     check(target.direct3d->CreateDevice(deviceClass, target.surface, &device));
-    setRenderStates(required(device));
+    setRenderStates(nonNull(device));
     ComPtr<IDirect3DViewport2> viewport;
     check(target.direct3d->CreateViewport(&viewport, nullptr));
-    check(device->AddViewport(required(viewport)));
+    check(device->AddViewport(nonNull(viewport)));
     auto view = sizedStructure<D3DVIEWPORT2>();
     view.dwWidth = static_cast<DWORD>(viewRect_.right);
     view.dwHeight = static_cast<DWORD>(viewRect_.bottom);
@@ -190,7 +190,7 @@ void IconBlenderD3d::fillTexture(IDirectDraw* directDraw, const IconBlendJob& jo
         const auto longest =
             static_cast<std::uint32_t>(std::max({icon.width, icon.height, smallestTextureSide}));
         const auto side = static_cast<std::int32_t>(std::bit_ceil(longest));
-        check(side <= maxTextureSide_ ? S_OK : E_FAIL);
+        require(side <= maxTextureSide_, E_FAIL);
         ReusedSurface larger{nullptr, {side, side}};
         check(createTexture(directDraw, textureMemory_, side, larger.surface));
         texture_ = larger;
@@ -200,13 +200,13 @@ void IconBlenderD3d::fillTexture(IDirectDraw* directDraw, const IconBlendJob& jo
         check(lock.result());
         const bool suits = lock.bytesPerPixel() == sizeof(std::uint32_t) &&
                            lock.extent().width >= icon.width && lock.extent().height >= icon.height;
-        check(suits ? S_OK : E_FAIL);
+        require(suits, E_FAIL);
         convertGrey8(PixelRows{lock.bits(), lock.pitch()}, job.icon, icon, texels(job.tables).data());
     }
     ComPtr<IDirect3DTexture2> texture;
     D3DTEXTUREHANDLE handle = 0;
     check(texture_.surface->QueryInterface(IID_IDirect3DTexture2, &texture));
-    check(required(texture)->GetHandle(device_.Get(), &handle));
+    check(nonNull(texture)->GetHandle(device_.Get(), &handle));
     check(device_->SetRenderState(D3DRENDERSTATE_TEXTUREHANDLE, handle));
 }
 

@@ -12,13 +12,17 @@ public:
     // Locks the whole surface, restoring it first if it is lost. A null surface throws _com_error(E_FAIL).
     explicit SurfaceLock(IDirectDrawSurface* surface) : surface_(surface) {
         if (!surface) {
-            throw _com_error(E_FAIL);
+            raise(E_FAIL);
         }
         restoreIfLost(surface);
         auto description = sizedStructure<DDSURFACEDESC>();
         result_ = surface->Lock(nullptr, &description, DDLOCK_WAIT, nullptr);
         if (SUCCEEDED(result_) && !description.lpSurface) {
             result_ = E_POINTER;
+        }
+        locked_ = description.lpSurface;
+        if (SUCCEEDED(result_) && !holdsRows(description)) {
+            result_ = E_FAIL; // its rows would lie over each other
         }
         if (SUCCEEDED(result_)) {
             bits_ = static_cast<std::uint8_t*>(description.lpSurface);
@@ -29,7 +33,7 @@ public:
         }
     }
     // Also after a lock that failed.
-    ~SurfaceLock() { surface_->Unlock(bits_); }
+    ~SurfaceLock() { surface_->Unlock(locked_); }
     SurfaceLock(const SurfaceLock&) = delete;
     SurfaceLock& operator=(const SurfaceLock&) = delete;
 
@@ -43,6 +47,7 @@ public:
 private:
     Microsoft::WRL::ComPtr<IDirectDrawSurface> surface_;
     HRESULT result_ = E_FAIL;
+    void* locked_ = nullptr; // what Lock gave
     std::uint8_t* bits_ = nullptr;
     std::int32_t pitch_ = 0;
     Extent extent_;

@@ -11,6 +11,25 @@ namespace {
 // Set once, as the module is loaded.
 bool forceSoftwareBlend = false;
 
+// What a new surface is filled with: all ones in every format that the engine knows.
+constexpr DWORD initialFill = 0xFFFFFFFF;
+constexpr DWORD resizedFill = 0x00FFFFFF;
+
+// An Initialize under way: another one inside it fails.
+class InitializeScope {
+public:
+    explicit InitializeScope(bool& running) : running_(running) {
+        require(!running, E_UNEXPECTED);
+        running_ = true;
+    }
+    ~InitializeScope() { running_ = false; }
+    InitializeScope(const InitializeScope&) = delete;
+    InitializeScope& operator=(const InitializeScope&) = delete;
+
+private:
+    bool& running_;
+};
+
 } // namespace
 
 std::span<const ComInterfaceEntry> CTalRenderEngine::interfaceMap() {
@@ -29,7 +48,7 @@ void WINAPI CTalRenderEngine::ObjectMain(bool starting) {
         return;
     }
     // The loader's lock is held: kernel32 only.
-    wchar_t value[20];
+    wchar_t value[20] = {};
     GetPrivateProfileStringW(L"TalDisplay", L"AlphaBlend", L"AutoDetect", value, ARRAYSIZE(value),
                              L"Orbiscope.INI");
     forceSoftwareBlend = CompareStringOrdinal(value, -1, L"Software", -1, TRUE) == CSTR_EQUAL;
@@ -49,15 +68,15 @@ STDMETHODIMP CTalRenderEngine::Initialize(__int64 Hwnd, long Width, long Height)
         check(directDraw_ ? S_OK : library_.create(directDraw_), IDS_NO_DIRECTDRAW);
         askForDirect3D();
         releaseSurfaces();
-        check(required(directDraw_)->SetCooperativeLevel(window, DDSCL_NORMAL), IDS_NO_COOPERATIVE_LEVEL);
+        check(nonNull(directDraw_)->SetCooperativeLevel(window, DDSCL_NORMAL), IDS_NO_COOPERATIVE_LEVEL);
         check(createPrimary(), IDS_NO_PRIMARY_SURFACE);
         check(readScreenFormat(), IDS_NO_PIXEL_FORMAT);
         check(directDraw_->CreateClipper(0, &clipper_, nullptr), IDS_NO_CLIPPER);
-        check(required(clipper_)->SetHWnd(0, window), IDS_CLIPPER_HWND_FAILED);
+        check(nonNull(clipper_)->SetHWnd(0, window), IDS_CLIPPER_HWND_FAILED);
         check(createComposition(Width, Height), IDS_NO_OFFSCREEN_SURFACE);
-        check(primary_->SetClipper(clipper_.Get()), IDS_SET_CLIPPER_FAILED);
+        check(nonNull(primary_)->SetClipper(clipper_.Get()), IDS_SET_CLIPPER_FAILED);
         check(setUpPalette(window), IDS_SET_PALETTE_FAILED);
-        fillSurface(composition_.Get(), {0, 0, Width, Height}, 0xFFFFFFFF);
+        fillSurface(composition_.Get(), {0, 0, Width, Height}, initialFill);
         state_.width = Width;
         state_.height = Height;
         window_ = window;
@@ -78,22 +97,23 @@ STDMETHODIMP CTalRenderEngine::SetExtent(long Width, long Height) {
         // Owners count on success here; Fill, the draw context and RefreshScreen tell them of the missing
         // surface.
         if (SUCCEEDED(createComposition(Width, Height))) {
-            fillSurface(composition_.Get(), {0, 0, Width, Height}, 0x00FFFFFF);
+            fillSurface(composition_.Get(), {0, 0, Width, Height}, resizedFill);
         }
     });
 }
 
 STDMETHODIMP CTalRenderEngine::PaletteChange() {
     return method(L"PaletteChange", [&] {
-        const PaletteEntries entries = systemPaletteEntries(WindowDc(window_).get());
-        SetPaletteEntries(gdiPalette_.get(), 0, static_cast<UINT>(entries.size()), entries.data());
-        updateColorLookup();
+        if (const auto entries = systemPaletteEntries(WindowDc(window_).get())) {
+            SetPaletteEntries(gdiPalette_.get(), 0, static_cast<UINT>(entries->size()), entries->data());
+        }
+        updatePaletteIndices();
     });
 }
 
 void CTalRenderEngine::askForDirect3D() {
     if (!direct3d_ && !forceSoftwareBlend) {
-        required(directDraw_)->QueryInterface(IID_IDirect3D2, &direct3d_);
+        nonNull(directDraw_)->QueryInterface(IID_IDirect3D2, &direct3d_);
     }
 }
 
@@ -148,10 +168,10 @@ HRESULT CTalRenderEngine::setUpPalette(HWND window) {
     PaletteEntries entries;
     {
         const WindowDc dc(window);
-        entries = systemPaletteEntries(dc.get());
+        entries = systemPaletteEntries(dc.get()).value_or(PaletteEntries{});
         gdiPalette_ = createPalette(entries);
     }
-    updateColorLookup();
+    updatePaletteIndices();
     directDrawPalette_.Reset();
     const HRESULT created =
         directDraw_->CreatePalette(DDPCAPS_8BIT, entries.data(), &directDrawPalette_, nullptr);

@@ -64,6 +64,7 @@ private:
     // library.
     DirectDrawLibrary library_;
     HWND window_ = nullptr;
+    bool initializing_ = false;
     Microsoft::WRL::ComPtr<IDirectDraw> directDraw_;
     Microsoft::WRL::ComPtr<IDirect3D2> direct3d_; // null where icons are blended in software
     IconBlenderD3d iconBlender_;

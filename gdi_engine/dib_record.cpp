@@ -31,6 +31,19 @@ PixelFormat formatOf(WORD bitCount, DWORD compression, DWORD redMask) {
     }
 }
 
+// The pixels of a DIB section, by what it says of itself; none for any other bitmap.
+BufferBits dibBits(HBITMAP bitmap) {
+    DIBSECTION section{};
+    if (GetObjectW(bitmap, sizeof section, &section) != sizeof section || !section.dsBm.bmBits) {
+        return {};
+    }
+    const BITMAP& bm = section.dsBm;
+    return BufferBits{static_cast<std::uint8_t*>(bm.bmBits),
+                      (bm.bmWidthBytes + 3) & ~3,
+                      {bm.bmWidth, bm.bmHeight},
+                      formatOf(bm.bmBitsPixel, section.dsBmih.biCompression, section.dsBitfields[0])};
+}
+
 } // namespace
 
 PixelFormat screenFormat() {
@@ -47,18 +60,6 @@ PixelFormat screenFormat() {
                   DIB_RGB_COLORS);
     }
     return formatOf(info.header.biBitCount, info.header.biCompression, info.masksOrColors[0]);
-}
-
-std::optional<BufferBits> dibBits(HBITMAP bitmap) {
-    DIBSECTION section{};
-    if (GetObjectW(bitmap, sizeof section, &section) != sizeof section || !section.dsBm.bmBits) {
-        return std::nullopt;
-    }
-    const BITMAP& bm = section.dsBm;
-    return BufferBits{static_cast<std::uint8_t*>(bm.bmBits),
-                      (bm.bmWidthBytes + 3) & ~3,
-                      {bm.bmWidth, bm.bmHeight},
-                      formatOf(bm.bmBitsPixel, section.dsBmih.biCompression, section.dsBitfields[0])};
 }
 
 DibRecord::DibRecord() {
@@ -123,18 +124,21 @@ bool DibRecord::hasValidSize() const {
     return width > 0 && height > 0 && stride > 0 && rowBits <= most && height <= most / stride;
 }
 
-UniqueBitmap DibRecord::createSection() const {
+bool DibRecord::createSection() {
     const WindowDc screen(nullptr);
     void* memory = nullptr;
     UniqueBitmap bitmap(CreateDIBSection(screen.get(), reinterpret_cast<const BITMAPINFO*>(&info_),
                                          DIB_RGB_COLORS, &memory, nullptr, 0));
-    // What counts is what the bitmap says of itself.
-    const std::optional<BufferBits> bits = dibBits(bitmap.get());
+    const BufferBits bits = dibBits(bitmap.get());
     const std::int64_t width = info_.header.bV4Width;
-    const bool holds = bits && bits->extent.width >= width &&
-                       bits->extent.height >= std::abs(std::int64_t{info_.header.bV4Height}) &&
-                       bits->stride >= width * bytesPerPixel(bits->format);
-    return holds ? std::move(bitmap) : nullptr;
+    if (!bits.bits || bits.extent.width < width ||
+        bits.extent.height < std::abs(std::int64_t{info_.header.bV4Height}) ||
+        bits.stride < width * bytesPerPixel(bits.format)) {
+        return false;
+    }
+    bitmap_ = std::move(bitmap);
+    bits_ = bits;
+    return true;
 }
 
 bool DibRecord::create(HPALETTE palette) {
@@ -147,15 +151,20 @@ bool DibRecord::create(HPALETTE palette) {
     if (!hasValidSize()) {
         return false;
     }
-    bitmap_ = createSection();
-    if (!bitmap_) {
-        const DWORD wanted = std::exchange(info_.header.bV4V4Compression, BI_RGB);
-        bitmap_ = createSection();
-        if (!bitmap_) {
-            info_.header.bV4V4Compression = wanted; // the format is the next bitmap's too
-        }
+    if (createSection()) {
+        return true;
     }
-    return bitmap_ != nullptr;
+    const DWORD wanted = std::exchange(info_.header.bV4V4Compression, BI_RGB);
+    if (createSection()) {
+        return true;
+    }
+    info_.header.bV4V4Compression = wanted; // the format is the next bitmap's too
+    return false;
+}
+
+void DibRecord::destroy() {
+    bitmap_.reset();
+    bits_ = {};
 }
 
 void DibRecord::loadColors(HPALETTE palette) {

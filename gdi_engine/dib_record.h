@@ -5,15 +5,10 @@
 #include "render/gdi_handles.h"
 #include "render/pixels/pixel_format.h"
 
-#include <optional>
-
 namespace talx {
 
 // The format of the screen; Unspecified for one that the engine cannot write.
 [[nodiscard]] PixelFormat screenFormat();
-
-// The pixels of a DIB section; nothing for any other bitmap.
-[[nodiscard]] std::optional<BufferBits> dibBits(HBITMAP bitmap);
 
 class DibRecord {
 public:
@@ -25,18 +20,20 @@ public:
     // Size in pixels; rows are stored top down.
     void setSize(long width, long height);
 
-    // The format that the header describes: the screen's, which the next bitmap is asked for in, or the one
-    // that the bitmap could be made in instead.
+    // The format that the header describes: the one that the bitmap is asked for in, or the one that it could
+    // be made in instead.
     [[nodiscard]] PixelFormat headerFormat() const;
 
     // Makes the bitmap; an 8-bit one takes its colours from the palette if there is one. False when it cannot
     // be made as large as the header says, or when there is one already.
     bool create(HPALETTE palette);
     // Deletes the bitmap, which must not be selected anywhere.
-    void destroy() { bitmap_.reset(); }
+    void destroy();
     // Hands the bitmap over.
     [[nodiscard]] UniqueBitmap release() { return std::move(bitmap_); }
     [[nodiscard]] HBITMAP bitmap() const { return bitmap_.get(); }
+    // Its pixels, in its own format; none without a bitmap.
+    [[nodiscard]] const BufferBits& bits() const { return bits_; }
 
     // Copies the palette's colours into the header's colour table.
     void loadColors(HPALETTE palette);
@@ -50,11 +47,11 @@ private:
     };
 
     [[nodiscard]] bool hasValidSize() const;
-    // Null when it cannot be made.
-    [[nodiscard]] UniqueBitmap createSection() const;
+    [[nodiscard]] bool createSection();
 
     Info info_{};
     UniqueBitmap bitmap_;
+    BufferBits bits_; // of it
 };
 
 } // namespace talx

@@ -20,7 +20,8 @@ bool RenderTarget::setBitmap(HBITMAP bitmap) {
     if (!dc) {
         return false;
     }
-    SelectedBitmap selected(dc.get(), bitmap);
+    SelectedBitmap selected;
+    selected.select(dc.get(), bitmap); // a picture whose bitmap cannot be selected is drawn nowhere
     target_.emplace<Picture>(Picture{std::move(dc), std::move(selected)});
     return true;
 }

@@ -18,7 +18,7 @@ namespace {
 // answer for IPicture is taken to be laid out as it.
 HBITMAP bitmapOf(IPictureDisp* picture) {
     ComPtr<IPicture> methods;
-    if (FAILED(picture->QueryInterface(IID_PPV_ARGS(&methods)))) {
+    if (FAILED(picture->QueryInterface(IID_PPV_ARGS(&methods))) || !methods) {
         methods = reinterpret_cast<IPicture*>(picture);
     }
     OLE_HANDLE handle = 0;
@@ -45,13 +45,14 @@ STDMETHODIMP CTalGDIRenderEngine::Initialize(__int64 Hwnd, long Width, long Heig
         if (state_.initialized) {
             return;
         }
+        const PixelFormat format = screenFormat();
         const HWND window = toHandle<HWND>(Hwnd);
         const WindowDc windowDc(window);
         // What an earlier, failed call left must go before the device context that it is selected into.
         palette_.drop();
         memoryDc_.reset(windowDc.get() ? CreateCompatibleDC(windowDc.get()) : nullptr);
-        check(memoryDc_ ? S_OK : E_TAL_NO_COMPATIBLE_DC);
-        dib_.setFormat(screenFormat());
+        require(memoryDc_ != nullptr, E_TAL_NO_COMPATIBLE_DC);
+        dib_.setFormat(format);
         if (dib_.headerFormat() == PixelFormat::Pal8) {
             // It succeeds whatever GDI answers; the message is there for a palette step that can fail.
             check(makePalette(windowDc.get()), IDS_SET_PALETTE_FAILED);
@@ -80,8 +81,11 @@ STDMETHODIMP CTalGDIRenderEngine::SetExtent(long Width, long Height) {
 
 void CTalGDIRenderEngine::makeComposition(long width, long height) {
     dib_.setSize(width, height);
-    check(dib_.create(palette()) ? S_OK : E_TAL_NO_DIB_SECTION);
-    composition_ = SelectedBitmap(memoryDc_.get(), dib_.bitmap());
+    require(dib_.create(palette()), E_TAL_NO_DIB_SECTION);
+    if (!composition_.select(memoryDc_.get(), dib_.bitmap())) {
+        dib_.destroy();
+        throw StepFailure(E_TAL_NO_DIB_SECTION);
+    }
     state_.width = width;
     state_.height = height;
 }
@@ -100,7 +104,7 @@ STDMETHODIMP CTalGDIRenderEngine::Fill(long, long Ulx, long Uly, long Lrx, long 
 
 STDMETHODIMP CTalGDIRenderEngine::GetDrawContext(long, __int64* phdc) {
     return initializedMethod(L"GetDrawContext", [&] {
-        check(phdc ? S_OK : E_POINTER);
+        require(phdc, E_POINTER);
         SelectClipRgn(memoryDc_.get(), nullptr);
         *phdc = fromHandle(memoryDc_.get());
     });
@@ -136,19 +140,23 @@ STDMETHODIMP CTalGDIRenderEngine::PaletteChange() {
         if (!palette()) {
             return; // the screen has no palette to follow
         }
-        const PaletteEntries entries = systemPaletteEntries(WindowDc(nullptr).get());
-        SetPaletteEntries(palette(), 0, static_cast<UINT>(entries.size()), entries.data());
+        const auto entries = systemPaletteEntries(WindowDc(nullptr).get());
+        if (!entries) {
+            return; // the palette that there is remains the best guess
+        }
+        SetPaletteEntries(palette(), 0, static_cast<UINT>(entries->size()), entries->data());
         dib_.loadColors(palette());
         SetDIBColorTable(memoryDc_.get(), 0, 256, dib_.colors());
         UnrealizeObject(palette());
         palette_.realize();
-        updateColorLookup();
+        updatePaletteIndices();
     });
 }
 
 HRESULT CTalGDIRenderEngine::makePalette(HDC windowDc) {
-    palette_.select(memoryDc_.get(), createPalette(systemPaletteEntries(windowDc)));
-    updateColorLookup();
+    palette_.take(memoryDc_.get(), createPalette(systemPaletteEntries(windowDc).value_or(PaletteEntries{})));
+    updatePaletteIndices();
+    palette_.select();
     palette_.realize();
     return S_OK;
 }
@@ -164,7 +172,7 @@ STDMETHODIMP CTalGDIRenderEngine::SetRenderTargetFromDIB(IPictureDisp* Picture) 
             return;
         }
         const ComPtr<IPictureDisp> held(Picture);
-        check(target_.setBitmap(bitmapOf(Picture)) ? S_OK : E_TAL_NO_COMPATIBLE_DC);
+        require(target_.setBitmap(bitmapOf(Picture)), E_TAL_NO_COMPATIBLE_DC);
     });
 }
 
@@ -179,37 +187,35 @@ STDMETHODIMP CTalGDIRenderEngine::CreateDIBRenderTarget(TalRenderTargetFormatCon
         dib.setFormat(Format == talRenderTargetFormatUnspecified ? dib_.headerFormat()
                                                                  : static_cast<PixelFormat>(Format));
         dib.setSize(state_.width, state_.height);
-        check(dib.create(palette()) ? S_OK : E_TAL_NO_DIB_SECTION);
+        require(dib.create(palette()), E_TAL_NO_DIB_SECTION);
         PICTDESC description{};
         description.cbSizeofstruct = 24;
         description.picType = PICTYPE_BITMAP;
         description.bmp.hbitmap = dib.bitmap();
         ComPtr<IPictureDisp> picture;
-        check(OleCreatePictureIndirect(&description, IID_IPictureDisp, TRUE, &picture));
+        const HRESULT hr = OleCreatePictureIndirect(&description, IID_IPictureDisp, TRUE, &picture);
+        checkMade(hr, picture.Get());
         static_cast<void>(dib.release().release()); // the picture owns the bitmap now
         *pDIB = picture.Detach();
         return S_OK;
     });
 }
 
-PixelFormat CTalGDIRenderEngine::format() const {
-    const std::optional<BufferBits> bits = dibBits(dib_.bitmap());
-    return bits ? bits->format : PixelFormat::Unspecified;
-}
-
 void CTalGDIRenderEngine::withBits(FunctionRef<void(const BufferBits&)> draw) {
-    const std::optional<BufferBits> bits = dibBits(dib_.bitmap());
-    if (!bits) {
-        throw _com_error(E_FAIL);
+    if (!dib_.bitmap()) {
+        raise(E_FAIL);
     }
     GdiFlush(); // drawing by GDI may still be on its way into the bits
-    draw(*bits);
+    draw(dib_.bits());
 }
 
-void CTalGDIRenderEngine::CompositionPalette::select(HDC dc, UniquePalette palette) {
+void CTalGDIRenderEngine::CompositionPalette::take(HDC dc, UniquePalette palette) {
     drop();
     dc_ = dc;
     palette_ = std::move(palette);
+}
+
+void CTalGDIRenderEngine::CompositionPalette::select() const {
     if (palette_) {
         SelectPalette(dc_, palette_.get(), FALSE);
     }

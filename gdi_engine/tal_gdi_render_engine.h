@@ -41,7 +41,7 @@ private:
 
     // CompositionBuffer. The format is the bitmap's own.
     [[nodiscard]] bool exists() const override { return dib_.bitmap() != nullptr; }
-    [[nodiscard]] PixelFormat format() const override;
+    [[nodiscard]] PixelFormat format() const override { return dib_.bits().format; }
     void withBits(FunctionRef<void(const BufferBits&)> draw) override;
     [[nodiscard]] HPALETTE palette() const override { return palette_.get(); }
 
@@ -53,8 +53,10 @@ private:
         CompositionPalette& operator=(const CompositionPalette&) = delete;
         ~CompositionPalette() { drop(); }
 
-        // Takes a palette in the place of the one that it held; null is none.
-        void select(HDC dc, UniquePalette palette);
+        // Takes a palette for a device context in the place of the one that it held; null is none.
+        void take(HDC dc, UniquePalette palette);
+        // Selects it into the device context.
+        void select() const;
         // Maps its colours to the system palette.
         void realize() const;
         // Selects it out of the device context, which must still be there, and deletes it.

@@ -184,6 +184,9 @@ void PlaneSet::createReadAccesses(ITalPelAccess** first, ITalPelAccess** second)
     }
     checkPointer(first, L"ppValues is null.");
     checkPointer(second, L"ppMask is null.");
+    if (first == second) {
+        fail(E_INVALIDARG, L"ppValues and ppMask are the same.");
+    }
     const Content now = content();
     ComPtr<ITalPelAccess> access = createAccess(now, 0, {});
     if (now.planes[1].data) {

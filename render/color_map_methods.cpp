@@ -23,41 +23,42 @@ void copyEntries(std::span<const ColorEntry> entries, SAFEARRAY** result) {
     *result = nullptr;
     const UniqueSafeArray array(SafeArrayCreateVector(VT_I4, 0, static_cast<ULONG>(entries.size())));
     if (!array) {
-        throw _com_error(E_OUTOFMEMORY);
+        raise(E_OUTOFMEMORY);
     }
     {
         const SafeArrayAccess access(array.get());
         if (FAILED(access.result())) {
-            throw _com_error(access.result());
+            raise(access.result());
         }
         std::transform(entries.begin(), entries.end(), access.data<std::uint32_t>(),
                        [](ColorEntry e) { return 0xFF000000u | toRgb32(e); });
     }
     const HRESULT hr = SafeArrayCopy(array.get(), result);
     if (FAILED(hr)) {
-        throw _com_error(hr);
+        raise(hr);
     }
 }
 
-// Elements 0 to the upper bound count, whatever the lower bound, but never more than the array holds.
-ULONG elementCount(SAFEARRAY* array) {
+// Words 0 to the upper bound of dimension 1 count, whatever the lower bound and the elements' type, but never
+// more than the array holds.
+std::uint64_t wordCount(SAFEARRAY* array) {
     LONG upper = -1;
     SafeArrayGetUBound(array, 1, &upper);
-    return upper < 0 ? 0 : std::min(static_cast<ULONG>(upper) + 1, array->rgsabound[0].cElements);
+    const std::uint64_t asked = upper < 0 ? 0 : static_cast<std::uint64_t>(upper) + 1;
+    return std::min(asked, sizeInBytes(array) / sizeof(std::uint32_t));
 }
 
-// Puts the elements of an array of words 0x??RRGGBB in the place of a map's entries.
+// Puts the words 0x??RRGGBB of an array in the place of a map's entries.
 template <class Map>
 void replaceEntries(Map& map, SAFEARRAY* array) {
     map.beginReplace();
-    check(isVectorOf(array, sizeof(std::uint32_t)) ? S_OK : E_INVALIDARG);
     const SafeArrayAccess access(array);
-    check(SUCCEEDED(access.result()) ? S_OK : E_INVALIDARG);
-    const auto* element = access.data<const std::uint32_t>();
-    const ULONG count = elementCount(array);
-    check(count == 0 || element ? S_OK : E_INVALIDARG); // a descriptor that never got memory
-    for (ULONG i = 0; i < count; ++i) {
-        map.append(fromRgbWord(element[i]));
+    require(SUCCEEDED(access.result()), E_INVALIDARG);
+    const auto* words = access.data<const std::uint32_t>();
+    const std::uint64_t count = wordCount(array);
+    require(count == 0 || words, E_INVALIDARG); // a descriptor that never got memory
+    for (std::uint64_t i = 0; i < count; ++i) {
+        map.append(fromRgbWord(words[i]));
     }
     map.endReplace();
 }

@@ -68,30 +68,31 @@ IconIndexTables indexTables(HPALETTE palette, const OLE_COLOR* colors, const BYT
     return tables;
 }
 
-// The elements of one of the maps of an icon, accessed from before the icon's own code runs to the end of the
-// drawing, so that the array stays as it was checked.
-template <class Element>
-class IconMap {
+// The two maps of an icon. They are accessed before the icon's own code runs and until the drawing is done,
+// so that the arrays stay as they are.
+class IconMaps {
 public:
-    explicit IconMap(SAFEARRAY* array) : access_(array) {
-        check(access_.result());
-        const bool suits = isVectorOf(array, sizeof(Element)) && array->rgsabound[0].cElements >= indexCount;
-        // An array may have a shape and never have got memory.
-        check(suits && elements() ? S_OK : E_INVALIDARG);
+    IconMaps(SAFEARRAY* colorMap, SAFEARRAY* transparencyMap)
+        : colorMap_(colorMap), transparencyMap_(transparencyMap), colorAccess_(colorMap),
+          transparencyAccess_(transparencyMap) {}
+
+    // Throws what keeps the maps from being used: no array, or one with less memory than 256 elements take.
+    void checkUsable() const {
+        check(colorAccess_.result());
+        check(transparencyAccess_.result());
+        const bool suits = colors() && sizeInBytes(colorMap_) >= indexCount * sizeof(OLE_COLOR) &&
+                           transparencies() && sizeInBytes(transparencyMap_) >= indexCount;
+        require(suits, E_INVALIDARG);
     }
 
-    [[nodiscard]] const Element* elements() const { return access_.data<const Element>(); }
+    [[nodiscard]] const OLE_COLOR* colors() const { return colorAccess_.data<const OLE_COLOR>(); }
+    [[nodiscard]] const BYTE* transparencies() const { return transparencyAccess_.data<const BYTE>(); }
 
 private:
-    SafeArrayAccess access_;
-};
-
-struct IconMaps {
-    IconMap<OLE_COLOR> colorMap;
-    IconMap<BYTE> transparencyMap;
-
-    [[nodiscard]] const OLE_COLOR* colors() const { return colorMap.elements(); }
-    [[nodiscard]] const BYTE* transparencies() const { return transparencyMap.elements(); }
+    SAFEARRAY* colorMap_;
+    SAFEARRAY* transparencyMap_;
+    SafeArrayAccess colorAccess_;
+    SafeArrayAccess transparencyAccess_;
 };
 
 struct IconPixels {
@@ -133,12 +134,10 @@ void drawBlended(CompositionBuffer& buffer, const IconPixels& icon, const IconMa
 // The icon core: an icon one to one with its pixel (0, 0) at (left, top).
 void drawIconPixels(CompositionBuffer& buffer, const SourceImage& icon, const IconMaps& maps, long left,
                     long top, const Rect& clip) {
-    const Rect target = intersect(placeScaled(left, top, icon.extent, 1.0), clip);
-    if (target.empty()) {
-        return;
-    }
     const ImagePlanes planes(icon);
-    if (!buffer.exists()) { // the icon's own code may have resized the engine
+    const Rect target = intersect(placeScaled(left, top, planes.extent(), 1.0), clip);
+    if (target.empty() ||
+        !buffer.exists()) { // the icon's own code may have changed its size, or the engine's
         return;
     }
     const PlaneView& plane = planes[0];
@@ -177,13 +176,14 @@ void drawIcon(CompositionBuffer& buffer, EngineState& state, ITalImage8Grey* ico
     if (!icon) {
         return;
     }
-    const SourceImage source{ComPtr<ITalImage8Grey>(icon), extentOf(icon)};
+    const IconMaps maps(colorMap, transparencyMap);
+    const SourceImage source{ComPtr<ITalImage8Grey>(icon), extentOf(icon), true};
     const Rect placed = placeIcon(placement, source.extent);
     const Rect clip = intersect(intersect(placed, placement.clip), {0, 0, state.width, state.height});
     if (clip.empty() || source.extent.empty() || !buffer.exists()) {
         return;
     }
-    const IconMaps maps{IconMap<OLE_COLOR>(colorMap), IconMap<BYTE>(transparencyMap)};
+    maps.checkUsable();
     if (isUnitScale(placement.scale)) {
         return drawIconPixels(buffer, source, maps, placed.left, placed.top, clip);
     }

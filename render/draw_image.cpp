@@ -12,7 +12,7 @@ void drawImage(CompositionBuffer& buffer, EngineState& state, ITalImage* image,
     if (!image) {
         return;
     }
-    const Microsoft::WRL::ComPtr<ITalImage> held(image);
+    Microsoft::WRL::ComPtr<ITalImage> held(image);
     const Extent extent = extentOf(image);
     const auto& [x, y, scale, callerClip] = placement;
     const Rect placed = placeScaled(x, y, extent, scale);
@@ -20,23 +20,27 @@ void drawImage(CompositionBuffer& buffer, EngineState& state, ITalImage* image,
     if (clip.empty() || extent.empty() || !buffer.exists()) {
         return;
     }
-    const std::optional<ImageOfKind> kind = kindOf(image);
+    std::optional<ImageOfKind> kind = kindOf(image);
     if (!kind) {
         return;
     }
-    const SourceImage source{*kind, extent};
+    SourceImage source{std::move(*kind), extent};
     if (isUnitScale(scale)) {
         return transfer(buffer, state.colors, source, x, y, clip);
     }
-    if (!isShown(*kind, buffer.format())) {
+    if (!isShown(source.image, buffer.format())) {
+        // It fails as it would be seen to fail elsewhere, but nothing is scaled.
+        const ImagePlanes planes(source);
         return;
     }
     const auto method = state.scalingMethod == talRenderEngineScalingMethodBilinearInterpolation
                             ? SamplingMethod::CentreAligned
                             : SamplingMethod::Nearest;
     const Scaling scaling{x, y, scale, method, state.colors.visiblePixelMaskEnable};
-    if (const auto scaled = resample(source, scaling, clip, state.scratch)) {
-        transfer(buffer, state.colors, *scaled, clip.left, clip.top, clip);
+    if (auto scaled = resample(source, scaling, clip, state.scratch)) {
+        source = std::move(*scaled); // the image itself is needed no more
+        held.Reset();
+        transfer(buffer, state.colors, source, clip.left, clip.top, clip);
     }
 }
 

@@ -44,17 +44,18 @@ private:
 class SelectedBitmap {
 public:
     SelectedBitmap() = default;
-    SelectedBitmap(HDC dc, HBITMAP bitmap) : dc_(dc), saved_(SelectObject(dc, bitmap)) {}
     SelectedBitmap(SelectedBitmap&& other) noexcept
-        : dc_(std::exchange(other.dc_, nullptr)), saved_(std::exchange(other.saved_, nullptr)) {}
-    SelectedBitmap& operator=(SelectedBitmap&& other) noexcept {
-        std::swap(dc_, other.dc_);
-        std::swap(saved_, other.saved_);
-        return *this;
-    }
+        : dc_(other.dc_), saved_(std::exchange(other.saved_, nullptr)) {}
+    SelectedBitmap& operator=(SelectedBitmap&&) = delete;
     ~SelectedBitmap() { deselect(); }
 
-    // Ends the selection now.
+    // Ends the selection that there is, and makes this one. False when the bitmap cannot be selected.
+    bool select(HDC dc, HBITMAP bitmap) {
+        deselect();
+        dc_ = dc;
+        saved_ = SelectObject(dc, bitmap);
+        return saved_ != nullptr;
+    }
     void deselect() {
         if (saved_) {
             SelectObject(dc_, std::exchange(saved_, nullptr));

@@ -5,6 +5,8 @@
 #include "com/error_codes.h"
 #include "com/failure.h"
 
+#include <algorithm>
+
 namespace talx {
 
 using Microsoft::WRL::ComPtr;
@@ -25,16 +27,6 @@ std::optional<ImageOfKind> firstKind(ITalImage* image) {
     } else {
         return std::nullopt;
     }
-}
-
-// A read access to the whole plane of an object that offers one.
-template <class Source>
-void createAccess(IUnknown* object, PelAccess& access) {
-    ComPtr<Source> source;
-    if (FAILED(object->QueryInterface(IID_PPV_ARGS(&source))) || !source) {
-        throw StepFailure(E_FAIL);
-    }
-    check(source->CreatePelAccess(talPelAccessRead, 0, 0, 0, 0, access.put()));
 }
 
 } // namespace
@@ -69,22 +61,39 @@ PelAccess::~PelAccess() {
     }
 }
 
-PixelRows PelAccess::rows() const {
+ConstPixelRows PelAccess::rows() const {
     __int64 data = 0;
     long stride = 0;
     if (!access_ || FAILED(access_->get_Data(&data)) || data == 0 ||
         FAILED(access_->get_RowStride(&stride))) {
         throw StepFailure(E_TAL_NO_PIXEL_DATA);
     }
-    return {reinterpret_cast<std::uint8_t*>(data), stride};
+    return {reinterpret_cast<const std::uint8_t*>(data), stride};
 }
 
-ImagePlanes::ImagePlanes(const SourceImage& source) {
-    std::visit([this](const auto& image) { createAccesses(image.Get()); }, source.image);
+ImagePlanes::ImagePlanes(const SourceImage& source) : isIcon_(source.isIcon) {
+    const Extent now = std::visit(
+        [this](const auto& image) {
+            createAccesses(image.Get());
+            return extentOf(image.Get());
+        },
+        source.image);
+    const Extent extent{std::min(source.extent.width, now.width), std::min(source.extent.height, now.height)};
     for (int plane = 0; plane < count_; ++plane) {
-        const PixelRows rows = accesses_[plane].rows();
-        views_[plane] = {rows.data, rows.stride, source.extent};
+        const ConstPixelRows rows = accesses_[plane].rows();
+        views_[plane] = {rows.data, rows.stride, extent};
     }
+}
+
+// A read access to the whole plane of an object that offers one.
+template <class Source>
+void ImagePlanes::createAccess(IUnknown* object, PelAccess& access) const {
+    ComPtr<Source> source;
+    const HRESULT hr = object->QueryInterface(IID_PPV_ARGS(&source));
+    if (FAILED(hr) || !source) {
+        throw StepFailure(isIcon_ && FAILED(hr) ? hr : E_FAIL);
+    }
+    check(source->CreatePelAccess(talPelAccessRead, 0, 0, 0, 0, access.put()));
 }
 
 void ImagePlanes::createAccesses(ITalImage8Grey* image) {
@@ -95,13 +104,13 @@ void ImagePlanes::createAccesses(ITalImageColor* image) {
     for (count_ = 0; count_ < 3; ++count_) {
         ComPtr<IUnknown> plane;
         check(image->GetPlane(count_, &plane));
-        check(plane ? S_OK : E_TAL_NO_PIXEL_DATA);
+        require(plane, E_TAL_NO_PIXEL_DATA);
         createAccess<ITalPelAccessSource>(plane.Get(), accesses_[count_]);
     }
 }
 
 void ImagePlanes::createAccesses(ITalImage16Grey* image) {
-    check(SUCCEEDED(image->get_DepthCode(&depthCode_)) ? S_OK : E_FAIL);
+    require(SUCCEEDED(image->get_DepthCode(&depthCode_)), E_FAIL);
     createAccess<ITalPelAccessSource16>(image, accesses_[0]);
 }
 

@@ -21,6 +21,7 @@ using ImageOfKind =
 struct SourceImage {
     ImageOfKind image;
     Extent extent;
+    bool isIcon = false; // its failing queries are answered as they are, an image's are E_FAIL
 };
 
 // A function object for each kind, as one for std::visit: a kind that is left out does not compile.
@@ -54,9 +55,8 @@ public:
     [[nodiscard]] ITalPelAccess** put() { return &access_; }
     [[nodiscard]] explicit operator bool() const { return access_ != nullptr; }
 
-    // The plane's pixels, to be written if the access is for that. E_TAL_NO_PIXEL_DATA when the access gives
-    // no address.
-    [[nodiscard]] PixelRows rows() const;
+    // The plane's pixels. E_TAL_NO_PIXEL_DATA when the access gives no address.
+    [[nodiscard]] ConstPixelRows rows() const;
 
 private:
     ITalPelAccess* access_ = nullptr;
@@ -67,8 +67,12 @@ private:
 class ImagePlanes {
 public:
     // Failures: that of creating an access; E_TAL_NO_PIXEL_DATA for a plane or an address that is null;
-    // E_FAIL for an image that lacks a source of accesses.
+    // E_FAIL for an image that lacks a source of accesses or does not tell its depth.
     explicit ImagePlanes(const SourceImage& source);
+
+    // What can be read of every plane: no more than the source's size, and no more than the image states now
+    // that it has been asked for its planes.
+    [[nodiscard]] Extent extent() const { return views_[0].extent; }
 
     [[nodiscard]] int count() const { return count_; }
     [[nodiscard]] const PlaneView& operator[](int plane) const { return views_[plane]; }
@@ -80,9 +84,12 @@ private:
     void createAccesses(ITalImageColor* image);
     void createAccesses(ITalImage16Grey* image);
     void createAccesses(ITalImage16Range* image);
+    template <class Source>
+    void createAccess(IUnknown* object, PelAccess& access) const;
 
     std::array<PelAccess, 3> accesses_;
     std::array<PlaneView, 3> views_;
+    const bool isIcon_;
     int count_ = 1;
     long depthCode_ = 0;
 };

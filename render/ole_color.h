@@ -11,7 +11,7 @@ namespace talx {
 // The colour 0x00BBGGRR that an OLE colour stands for; a failure of the method for one that stands for none.
 [[nodiscard]] inline COLORREF translateColor(OLE_COLOR color) {
     COLORREF translated = 0;
-    check(SUCCEEDED(OleTranslateColor(color, nullptr, &translated)) ? S_OK : E_INVALIDARG, IDS_NO_COLOR);
+    require(SUCCEEDED(OleTranslateColor(color, nullptr, &translated)), E_INVALIDARG, IDS_NO_COLOR);
     return translated;
 }
 

@@ -14,25 +14,29 @@ STDMETHODIMP RenderEngineBase::DumpInfo(BSTR*) {
 
 STDMETHODIMP RenderEngineBase::get_Initialized(VARIANT_BOOL* pVal) {
     return method(L"get_Initialized", [&] {
-        check(pVal ? S_OK : E_POINTER);
+        require(pVal, E_POINTER);
         *pVal = state().initialized ? VARIANT_TRUE : VARIANT_FALSE;
     });
 }
 
 STDMETHODIMP RenderEngineBase::GetExtent(long* Width, long* Height) {
     return method(L"GetExtent", [&] {
-        check(Width && Height ? S_OK : E_POINTER);
+        require(Width && Height, E_POINTER);
         *Width = state().width;
         *Height = state().height;
     });
 }
 
 STDMETHODIMP RenderEngineBase::BeginLayerUpdate(long Lyr, long L, long T, long R, long B) {
-    return method(L"BeginLayerUpdate", [&] { state().layers.raiseBelow(Lyr, state().clip(L, T, R, B)); });
+    const auto alive = holdItself();
+    state().layers.raiseBelow(Lyr, state().clip(L, T, R, B));
+    return S_OK;
 }
 
 STDMETHODIMP RenderEngineBase::EndLayerUpdate(long Lyr, long L, long T, long R, long B) {
-    return method(L"EndLayerUpdate", [&] { state().layers.raiseAbove(Lyr, state().clip(L, T, R, B)); });
+    const auto alive = holdItself();
+    state().layers.raiseAbove(Lyr, state().clip(L, T, R, B));
+    return S_OK;
 }
 
 STDMETHODIMP RenderEngineBase::put_Layers(long value) {
@@ -77,7 +81,7 @@ STDMETHODIMP RenderEngineBase::DrawIcon8(long, ITalImage8Grey* IconData, SAFEARR
     });
 }
 
-void RenderEngineBase::updateColorLookup() {
+void RenderEngineBase::updatePaletteIndices() {
     state().colors.grey8Map.updatePalette(
         [palette = palette()](COLORREF color) { return nearestPaletteIndex(palette, color); });
 }

@@ -10,7 +10,7 @@
 
 namespace talx {
 
-// An engine derives from it, holds an EngineState and a composition buffer, and adds Initialize, SetExtent,
+// An engine derives from it, is its composition buffer, holds an EngineState, and adds Initialize, SetExtent,
 // Fill, the draw context, RefreshScreen and PaletteChange.
 class RenderEngineBase : public ITalRenderEngine2, protected CompositionBuffer {
 public:
@@ -55,24 +55,29 @@ protected:
     // Held by the engine itself, so that it is destroyed in the engine's own order.
     [[nodiscard]] virtual EngineState& state() = 0;
 
-    // Runs a method's body in its frame. The engine lives at least as long as the method: the owner's code,
-    // which some methods call, may release it.
+    // Keeps the engine alive for the length of a method: the owner's code, which some methods call, may
+    // release it.
+    [[nodiscard]] Microsoft::WRL::ComPtr<IUnknown> holdItself() {
+        return static_cast<ITalRenderEngine2*>(this);
+    }
+
+    // Runs a method's body in its frame.
     template <class Body>
     HRESULT method(const wchar_t* name, Body&& body) {
-        const Microsoft::WRL::ComPtr<IUnknown> alive(static_cast<ITalRenderEngine2*>(this));
+        const auto alive = holdItself();
         return MethodFrame({__uuidof(ITalRenderEngine), clsid_}, name).run(std::forward<Body>(body));
     }
     // The same for a method that needs an initialised engine.
     template <class Body>
     HRESULT initializedMethod(const wchar_t* name, Body&& body) {
         return method(name, [&] {
-            check(state().initialized ? S_OK : E_TAL_UNINITIALIZED);
+            require(state().initialized, E_TAL_UNINITIALIZED);
             return std::forward<Body>(body)();
         });
     }
 
-    // Rebuilds the colour lookup of palettised buffers after palette() has changed.
-    void updateColorLookup();
+    // Finds the palette indices of the 8-bit map anew after palette() has changed.
+    void updatePaletteIndices();
 
 private:
     const CLSID& clsid_;

@@ -46,7 +46,7 @@ Kernel kernelFor(bool widePels, SamplingMethod method) {
     return widePels ? resampleNearest16 : resampleNearest8;
 }
 
-// Rows of scaled planes start on multiples of it.
+// Rows of scaled planes are so many bytes apart, or a multiple of it.
 constexpr std::int64_t rowAlignment = 64;
 
 // The planes of a scaled image, one behind the other in a block of memory.
@@ -93,6 +93,7 @@ std::optional<SourceImage> resample(const SourceImage& source, const Scaling& sc
                                     ScratchMemory& scratch) {
     const auto& [x, y, scale, method, withMask] = scaling;
     const Rect visible = intersect(placeScaled(x, y, source.extent, scale), clip);
+    // The kernel would leave them as they are, too, and the memory is not cleared.
     const bool tooThin =
         method == SamplingMethod::CentreAligned && (visible.width() < 3 || visible.height() < 3);
     if (visible.empty() || tooThin) {
@@ -108,6 +109,9 @@ std::optional<SourceImage> resample(const SourceImage& source, const Scaling& sc
     ComPtr<ITalImageMemory> image;
     check(CoCreateInstance(imageClass(source.image), nullptr, CLSCTX_INPROC_SERVER, IID_PPV_ARGS(&image)));
     const ImagePlanes planes(source);
+    if (planes.extent().empty()) {
+        return std::nullopt;
+    }
     const bool isRange = std::holds_alternative<ComPtr<ITalImage16Range>>(source.image);
     const int count = isRange && !withMask ? 1 : planes.count();
     const ScaledPlanes scaled(scratch, source.image, count, target.extent());
@@ -118,7 +122,7 @@ std::optional<SourceImage> resample(const SourceImage& source, const Scaling& sc
     if (std::holds_alternative<ComPtr<ITalImage16Grey>>(source.image)) {
         copyDepthCode(image.Get(), planes.depthCode());
     }
-    return SourceImage{sameKind(source.image, image.Get()), target.extent()};
+    return SourceImage{sameKind(source.image, image.Get()), target.extent(), source.isIcon};
 }
 
 } // namespace talx

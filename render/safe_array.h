@@ -1,6 +1,7 @@
 // Scoped access to the elements of a SAFEARRAY.
 #pragma once
 
+#include <cstdint>
 #include <oleauto.h>
 #include <windows.h>
 
@@ -32,9 +33,13 @@ private:
     HRESULT result_;
 };
 
-// Whether an array has one dimension and elements of the given size in bytes.
-[[nodiscard]] inline bool isVectorOf(SAFEARRAY* array, UINT elementSize) {
-    return array && SafeArrayGetDim(array) == 1 && SafeArrayGetElemsize(array) == elementSize;
+// The bytes that an array's elements take, whatever its dimensions and the type of its elements.
+[[nodiscard]] inline std::uint64_t sizeInBytes(SAFEARRAY* array) {
+    std::uint64_t size = SafeArrayGetElemsize(array);
+    for (UINT i = 0; i < SafeArrayGetDim(array); ++i) {
+        size *= array->rgsabound[i].cElements;
+    }
+    return size;
 }
 
 } // namespace talx

@@ -6,10 +6,10 @@
 
 namespace talx {
 
-PaletteEntries systemPaletteEntries(HDC dc) {
+std::optional<PaletteEntries> systemPaletteEntries(HDC dc) {
     PaletteEntries entries{};
-    GetSystemPaletteEntries(dc, 0, static_cast<UINT>(entries.size()), entries.data());
-    return entries;
+    const UINT read = GetSystemPaletteEntries(dc, 0, static_cast<UINT>(entries.size()), entries.data());
+    return read > 0 ? std::optional(entries) : std::nullopt;
 }
 
 UniquePalette createPalette(const PaletteEntries& entries) {

@@ -91,7 +91,7 @@ void drawKind(const ImageOfKind& kind, const Transfer& t) {
 
 void draw(const ImageOfKind& kind, const Transfer& t) {
     switch (t.bits.format) {
-    case PixelFormat::Pal8: // no other kind is shown
+    case PixelFormat::Pal8:
         return drawGrey8<PixelFormat::Pal8>(t);
     case PixelFormat::Rgb15:
         return drawKind<PixelFormat::Rgb15>(kind, t);
@@ -125,14 +125,14 @@ bool isShown(const ImageOfKind& kind, PixelFormat format) {
 
 void transfer(CompositionBuffer& buffer, ColorState& colors, const SourceImage& source, long x, long y,
               const Rect& clip) {
-    const Rect inImage = intersect(clip, placeScaled(x, y, source.extent, 1.0));
-    if (inImage.empty()) {
+    if (clip.empty()) {
         return;
     }
     // The image's own code runs before the buffer's pixels are held, so that nothing it does to the engine
     // can pull them away; the buffer that is there afterwards is drawn into, if there is one.
     const ImagePlanes planes(source);
-    if (!buffer.exists()) {
+    const Rect inImage = intersect(clip, placeScaled(x, y, planes.extent(), 1.0));
+    if (inImage.empty() || !buffer.exists()) {
         return;
     }
     buffer.withBits([&](const BufferBits& bits) {

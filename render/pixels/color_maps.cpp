@@ -2,8 +2,6 @@
 #include "render/pixels/color_maps.h"
 
 #include <algorithm>
-#include <numeric>
-#include <utility>
 
 namespace talx {
 namespace {
@@ -20,7 +18,6 @@ void growTo(std::vector<ColorEntry>& entries, std::size_t count) {
 } // namespace
 
 GreyColorMap8::GreyColorMap8() {
-    std::iota(greyToEntry_.begin(), greyToEntry_.end(), std::uint8_t{0});
     growTo(colorEntries_, greyLevels);
 }
 
@@ -39,6 +36,7 @@ std::uint8_t GreyColorMap8::pixelOf<PixelFormat::Pal8>(std::uint8_t k) const {
 
 template <PixelFormat Format>
 std::vector<TableEntry<Format>>& GreyColorMap8::tableOf() {
+    static_assert(ColorTables::Formats::contains(Format));
     return tables_.of<Format>();
 }
 template <>
@@ -54,10 +52,8 @@ void GreyColorMap8::setEntry(std::uint8_t k, ColorEntry color, const NearestPale
     colorEntries_[k] = color;
     isSet_ = true;
     const auto update = [&]<PixelFormat Format>(auto& table) {
-        for (std::size_t v = 0; v < table.size(); ++v) {
-            if (greyToEntry_[v] == k)
-                table[v] = pixelOf<Format>(k);
-        }
+        if (!table.empty())
+            table[k] = pixelOf<Format>(k);
     };
     update.operator()<PixelFormat::Pal8>(pal8Table_);
     tables_.each(update);
@@ -95,7 +91,7 @@ const TableEntry<Format>* GreyColorMap8::table() {
     if (table.empty()) {
         table.resize(greyLevels);
         for (std::size_t v = 0; v < greyLevels; ++v)
-            table[v] = pixelOf<Format>(greyToEntry_[v]);
+            table[v] = pixelOf<Format>(static_cast<std::uint8_t>(v));
     }
     return table.data();
 }
@@ -107,26 +103,8 @@ template const ColorEntry* GreyColorMap8::table<PixelFormat::Rgb24>();
 template const std::uint32_t* GreyColorMap8::table<PixelFormat::Rgb32>();
 
 void ColorMap16::beginReplace() {
-    tablesInUse_ = 0;
-    tables_.each([&, bit = 1u]<PixelFormat>(auto& table) mutable {
-        tablesInUse_ |= table.empty() ? 0 : bit;
-        bit <<= 1;
-        table.clear();
-    });
     colorEntries_.clear();
-}
-
-void ColorMap16::endReplace() {
-    tables_.each([&, inUse = std::exchange(tablesInUse_, 0u)]<PixelFormat Format>(auto&) mutable {
-        if (inUse & 1)
-            build<Format>();
-        inUse >>= 1;
-    });
-}
-
-void ColorMap16::clear() {
-    beginReplace();
-    endReplace();
+    tables_.clear();
 }
 
 void ColorMap16::setSize(std::uint32_t tableSize) {
@@ -152,6 +130,7 @@ void ColorMap16::build() {
 
 template <PixelFormat Format>
 const TableEntry<Format>* ColorMap16::table() {
+    static_assert(ColorTables::Formats::contains(Format));
     auto& table = tables_.of<Format>();
     if (table.size() != tableSize_)
         build<Format>();

@@ -7,7 +7,6 @@
 #include "render/pixels/function_ref.h"
 #include "render/pixels/pixel_format.h"
 
-#include <array>
 #include <vector>
 
 namespace talx {
@@ -46,8 +45,19 @@ struct TableFormat<PixelFormat::Rgb32> {
 template <PixelFormat Format>
 using TableEntry = typename TableFormat<Format>::Entry;
 
+// Formats that something is done for in turn.
+template <PixelFormat... Formats>
+struct FormatList {
+    static constexpr bool contains(PixelFormat format) { return ((format == Formats) || ...); }
+};
+
 // The tables of the formats that have colours, as every map holds them.
 struct ColorTables {
+    // Those of which there is a table; a format that is not listed does not compile where its table is asked
+    // for.
+    using Formats =
+        FormatList<PixelFormat::Rgb15, PixelFormat::Rgb16, PixelFormat::Rgb24, PixelFormat::Rgb32>;
+
     std::vector<std::uint16_t> rgb15Table;
     std::vector<std::uint16_t> rgb16Table;
     std::vector<ColorEntry> rgb24Table;
@@ -58,11 +68,11 @@ struct ColorTables {
 
     // Calls todo<Format>(table) for each of them.
     template <class Todo>
-    void each(Todo&& todo) {
-        todo.template operator()<PixelFormat::Rgb15>(rgb15Table);
-        todo.template operator()<PixelFormat::Rgb16>(rgb16Table);
-        todo.template operator()<PixelFormat::Rgb24>(rgb24Table);
-        todo.template operator()<PixelFormat::Rgb32>(rgb32Table);
+    void each(const Todo& todo) {
+        [&]<PixelFormat... Format>(FormatList<Format...>) {
+            (todo.template operator()<Format>(of<Format>()), ...);
+        }
+        (Formats{});
     }
     void clear() {
         each([]<PixelFormat>(auto& table) { table.clear(); });
@@ -124,7 +134,6 @@ private:
     void dropTables();
 
     std::vector<std::uint8_t> paletteIndex_;
-    std::array<std::uint8_t, 256> greyToEntry_;
     std::vector<ColorEntry> colorEntries_;
     std::vector<std::uint8_t> pal8Table_;
     ColorTables tables_;
@@ -138,14 +147,14 @@ public:
     [[nodiscard]] std::uint32_t tableSize() const { return tableSize_; }
     [[nodiscard]] std::uint32_t maxValue() const { return maxValue_; }
 
-    // Replacing all entries: beginReplace empties them, append adds one, endReplace rebuilds the tables that
-    // were in use. A replacement that breaks off leaves the entries appended so far and no table.
+    // Replacing all entries: beginReplace empties them and the tables, append adds one, endReplace ends it. A
+    // replacement that breaks off leaves the entries appended so far.
     void beginReplace();
     void append(ColorEntry color) { colorEntries_.push_back(color); }
-    void endReplace();
+    void endReplace() {}
 
-    // Removes the owner's entries: the tables in use become the grey ramp.
-    void clear();
+    // Removes the owner's entries: every value shows the grey ramp.
+    void clear() { beginReplace(); }
 
     // Sets the table size to 0: the next image sets it afresh.
     void unset() { tableSize_ = 0; }
@@ -166,8 +175,6 @@ private:
     std::vector<ColorEntry> colorEntries_;
     std::uint32_t tableSize_ = 0;
     std::uint32_t maxValue_ = 65535;
-    unsigned tablesInUse_ =
-        0; // before the replacement that is under way: a bit for each, in the order of each()
 };
 
 // The table size for the DepthCode of a 16-bit grey image.

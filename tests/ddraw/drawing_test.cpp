@@ -112,7 +112,7 @@ TEST(DdrawDrawing, CallsThatReachTheSurfaces) {
     expectDirectDrawError(E_FAIL, L"Surface GetDC failed.", engine->GetDrawContext(0, &dc));
     const Calls expected{
         "buffer.Blt (0,20,8,30) none all 1000400 f821",
-        "primary.Blt (2147483647,-2147483648,2147483647,-2147483638) buffer (5,0,40,10) 1000000 0",
+        "primary.Blt (2147483612,-2147483648,2147483647,-2147483638) buffer (5,0,40,10) 1000000 0",
         "buffer.GetDC",
         "buffer.ReleaseDC 0x5a5a",
         "buffer.Lock all (0,0,0,0) caps 0 1",

@@ -47,10 +47,10 @@ public:
     ITalImage8Grey* icon() { return this; }
 
     ImageFault fault;
-    long width, height, depthCode;         // what it answers the next time
+    long width, height, depthCode;        // what it answers the next time
     ImageKind alsoKind = ImageKind::none; // that it answers too
-    long references = 0; // to the image, its plane objects and accesses together
-    int accesses = 0;    // made so far
+    long references = 0;                  // to the image, its plane objects and accesses together
+    int accesses = 0;                     // made so far
 
     STDMETHOD(QueryInterface)(REFIID iid, void** object) override;
     STDMETHOD_(ULONG, AddRef)() override { return ++references; }

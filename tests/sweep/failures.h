@@ -75,6 +75,7 @@ inline const Failure failures[] = {
     {"RealizePalette", GDI_ERROR},
     {"SelectClipRgn"},
     {"SelectObject"},
+    {"SelectObject", 0, noSection, noSectionText},
     {"SelectPalette"},
     {"SetDIBColorTable"},
     {"SetPaletteEntries"},
