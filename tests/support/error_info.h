@@ -7,6 +7,8 @@
 
 #include <oleauto.h>
 
+#include <algorithm>
+
 namespace talx::test {
 
 struct ErrorInfo {
@@ -20,22 +22,21 @@ struct ErrorInfo {
 // Takes the error information away, as a caller does.
 inline ErrorInfo takeErrorInfo() {
     ComPtr<IErrorInfo> object;
-    ErrorInfo info{GetErrorInfo(0, &object) == S_OK, {}, {}, {}, {}};
-    BSTR description = nullptr, source = nullptr, file = nullptr;
+    BSTR texts[3] = {}; // description, source, help file
     DWORD context = 0;
-    if (info.present) {
-        object->GetDescription(&description);
-        object->GetSource(&source);
-        object->GetHelpFile(&file);
-        object->GetGUID(&info.interfaceId);
+    ErrorInfo info;
+    if (GetErrorInfo(0, &object) == S_OK) {
+        info.present = true;
+        object->GetDescription(&texts[0]);
+        object->GetSource(&texts[1]);
+        object->GetHelpFile(&texts[2]);
         object->GetHelpContext(&context);
+        object->GetGUID(&info.interfaceId);
     }
-    info.description.assign(description, SysStringLen(description));
-    info.source.assign(source, SysStringLen(source));
-    info.help = SysStringLen(file) || context;
-    for (const BSTR text : {description, source, file}) {
-        SysFreeString(text);
-    }
+    info.description.assign(texts[0], SysStringLen(texts[0]));
+    info.source.assign(texts[1], SysStringLen(texts[1]));
+    info.help = SysStringLen(texts[2]) || context;
+    std::for_each_n(texts, 3, SysFreeString);
     return info;
 }
 

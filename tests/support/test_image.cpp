@@ -10,21 +10,14 @@ public:
     TestPart(TestImage& image, int plane, bool access) : image_(image), plane_(plane), access_(access) {}
 
     STDMETHOD(QueryInterface)(REFIID iid, void** object) override {
-        const bool source = !access_ && (iid == __uuidof(ITalPelAccessSource) || iid == IID_IUnknown);
-        const bool access = access_ && (iid == __uuidof(ITalPelAccess) || iid == IID_IUnknown);
-        *object = nullptr;
-        if (image_.failsAt(ImageStep::source, plane_) || (!source && !access)) {
-            return E_NOINTERFACE;
-        }
-        *object = source ? static_cast<void*>(static_cast<ITalPelAccessSource*>(this))
-                         : static_cast<ITalPelAccess*>(this);
-        AddRef();
-        return S_OK;
+        const IID& face = access_ ? __uuidof(ITalPelAccess) : __uuidof(ITalPelAccessSource);
+        const bool known = !image_.failsAt(ImageStep::source, plane_) && (iid == face || iid == IID_IUnknown);
+        *object = !known    ? nullptr
+                  : access_ ? static_cast<void*>(static_cast<ITalPelAccess*>(this))
+                            : static_cast<ITalPelAccessSource*>(this);
+        return known ? AddRef(), S_OK : E_NOINTERFACE;
     }
-    STDMETHOD_(ULONG, AddRef)() override {
-        image_.AddRef();
-        return ++references_;
-    }
+    STDMETHOD_(ULONG, AddRef)() override { return image_.AddRef(), ++references_; }
     STDMETHOD_(ULONG, Release)() override {
         image_.Release();
         const long left = --references_;
