@@ -1,10 +1,10 @@
 // The image classes of talxstd.dll: their memory, their accesses, and what they say when they fail. That the
 // engine draws them is shown by every scaled image.
 #include "tests/support/error_info.h"
+#include "tests/support/import_hook.h"
 #include "tests/support/stack_object.h"
 
 #include <algorithm>
-#include <atomic>
 #include <climits>
 #include <thread>
 
@@ -47,7 +47,7 @@ struct TestedImage {
     const ComPtr<ITalImageMemory> memory;
 };
 
-TEST(ImageLibrary, SaysWhichArgumentIsWrong) {
+TEST(ImageServer, SaysWhichArgumentIsWrong) {
     const TestedImage image(__uuidof(TalImageColor)), range(__uuidof(TalImage16Range));
     ITalImageMemory* const memory = image.memory.Get();
     IID face = __uuidof(ITalImageMemory);
@@ -113,7 +113,7 @@ TEST(ImageLibrary, SaysWhichArgumentIsWrong) {
     EXPECT_TRUE(plane.As(&support[2]) == S_OK && access.As(&support[3]) == S_OK);
 }
 
-TEST(ImageLibrary, AllocatesZeroedMemoryForThePlanesOfTheKind) {
+TEST(ImageServer, AllocatesZeroedMemoryForThePlanesOfTheKind) {
     for (const auto& [clsid, fewest, planes, bytes] : {std::tuple(__uuidof(TalImage8Grey), 1, 1, 1),
                                                        {__uuidof(TalImageColor), 3, 3, 1},
                                                        {__uuidof(TalImage16Grey), 1, 1, 2},
@@ -135,7 +135,7 @@ TEST(ImageLibrary, AllocatesZeroedMemoryForThePlanesOfTheKind) {
     }
 }
 
-TEST(ImageLibrary, WrapsMemoryForAsLongAsItIsNeeded) {
+TEST(ImageServer, WrapsMemoryForAsLongAsItIsNeeded) {
     StackObject<IUnknown> keep, other;
     const TestedImage image(__uuidof(TalImage16Range)), grey(__uuidof(TalImage16Grey));
     std::uint8_t own[2][200]{};
@@ -170,32 +170,30 @@ TEST(ImageLibrary, WrapsMemoryForAsLongAsItIsNeeded) {
     EXPECT_EQ(0, keep.references);
 }
 
-// One thread gives the image other memory while two look at it: what these see belongs together.
-TEST(ImageLibrary, ServesThreadsAtOnce) {
+// Before a method gets hold of the memory another thread replaces it.
+TEST(ImageServer, LetsOneThreadAtATimeReachTheMemory) {
     StackObject<IUnknown> keep;
     const TestedImage image(__uuidof(TalImage8Grey));
-    std::uint8_t own[2][64]{};
-    std::atomic<int> looking = 2;
-    const auto look = [&, width = image.as<ITalImage>()] {
-        bool whole = true;
-        for (long i = 0, w = 0; whole && i < 100000; ++i) {
-            const auto [data, stride] = target(image.open(0));
-            whole = stride == (data == own[0]   ? 8
-                               : data == own[1] ? 12
-                                                : 112) &&
-                    width->get_Width(&w) == S_OK && (w == 5 || w == 100);
+    std::uint8_t own[2][16]{};
+    for (const int method : {0, 1, 2, 3}) {
+        int calls = 0;
+        ImportHook<HOOK(AcquireSRWLockExclusive)> enter(imageModule(), [&](SRWLOCK* lock) {
+            if (++calls == 1) {
+                std::thread([&] { image.wrap(0, 5, 2, own[0], 8, &keep); }).join();
+            }
+            enter.original(lock);
+        });
+        if (method < 2) {
+            EXPECT_EQ(S_OK,
+                      method ? image.memory->Allocate(9, 9, 1) : image.wrap(0, 3, 2, own[1], 8, nullptr));
+        } else if (method == 2) {
+            EXPECT_EQ(Target(own[0], 8), target(image.open(0)));
+        } else {
+            EXPECT_EQ(std::pair(5L, 2L), image.size());
         }
-        EXPECT_TRUE(whole);
-        --looking;
-    };
-    EXPECT_EQ(S_OK, image.memory->Allocate(100, 5, 1));
-    std::thread first(look), second(look);
-    for (int i = 0; looking; ++i) {
-        EXPECT_EQ(S_OK, i % 16 ? image.wrap(0, 5, 2, own[i % 2], i % 2 ? 12 : 8, &keep)
-                               : image.memory->Allocate(100, 5, 1));
+        EXPECT_EQ(method < 3 ? 2 : 3, calls);
+        EXPECT_EQ(method < 2 ? 0 : 1, keep.references);
     }
-    first.join();
-    second.join();
 }
 
 } // namespace
