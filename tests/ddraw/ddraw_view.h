@@ -48,9 +48,9 @@ struct TestIcon {
             static_cast<BYTE*>(transparencies.array->pvData)[i] = static_cast<BYTE>(i % 101);
         }
     }
-    HRESULT draw(const ComPtr<ITalRenderEngine2>& engine, double x, double y) {
-        return engine->DrawIcon8(0, image.icon(), &colors.array, &transparencies.array, x, y, 1, least, least,
-                                 most, most);
+    HRESULT draw(const ComPtr<ITalRenderEngine2>& engine, double x, double y, double scale = 1) {
+        return engine->DrawIcon8(0, image.icon(), &colors.array, &transparencies.array, x, y, scale, least,
+                                 least, most, most);
     }
 
     std::vector<BYTE> pixels;

@@ -105,7 +105,7 @@ HRESULT make(HRESULT hr, const std::string& name, Interface** result, Fill fill)
         fill(t);
         return t;
     }();
-    if (SUCCEEDED(hr)) {
+    if (SUCCEEDED(hr) && current->yieldNothing != name) {
         *result = reinterpret_cast<Interface*>(new FakeObject{&table, *current, name});
         ++current->objects;
     }
@@ -140,9 +140,10 @@ HRESULT WINAPI blt(IDirectDrawSurface* self, RECT* to, IDirectDrawSurface* from,
 
 // GetSurfaceDesc, which also knows lost surfaces, and Lock.
 HRESULT describe(HRESULT hr, FakeObject& surface, DDSURFACEDESC& d) {
-    d.dwWidth = static_cast<DWORD>(surface.width);
-    d.dwHeight = static_cast<DWORD>(surface.height);
-    d.lPitch = surface.pitch();
+    const auto& [lessWidth, lessHeight, pitch] = surface.display.lie;
+    d.dwWidth = static_cast<DWORD>(surface.width - lessWidth);
+    d.dwHeight = static_cast<DWORD>(surface.height - lessHeight);
+    d.lPitch = pitch ? pitch : surface.pitch();
     d.ddpfPixelFormat.dwRGBBitCount = surface.display.bits;
     d.lpSurface = FAILED(hr) ? nullptr : surface.memory.data();
     return hr;
@@ -175,9 +176,13 @@ const auto surfaceMethods = [](auto& t) {
     };
     t.Lock = [](IDirectDrawSurface* self, RECT* rect, DDSURFACEDESC* d, DWORD flags, HANDLE) {
         const HRESULT hr = describe(record(self, "Lock", rect, d, flags), of(self), *d);
+        of(self).locked = d->lpSurface;
         return SUCCEEDED(hr) && of(self).lost ? FakeDisplay::surfaceLost : hr;
     };
-    t.Unlock = recorded<"Unlock">;
+    t.Unlock = [](IDirectDrawSurface* self, void* bits) {
+        EXPECT_EQ(of(self).locked, bits) << "unlocked with another address";
+        return record(self, "Unlock");
+    };
     t.GetDC = [](IDirectDrawSurface* self, HDC* dc) {
         *dc = reinterpret_cast<HDC>(of(self).display.context);
         return record(self, "GetDC");
@@ -240,7 +245,7 @@ const auto directDrawMethods = [](auto& t) {
                                  : display.surfaces.count("buffer") ? "saved"
                                                                     : "buffer";
         const HRESULT hr = make(record(self, "CreateSurface " + name, d), name, result, surfaceMethods);
-        if (SUCCEEDED(hr)) {
+        if (SUCCEEDED(hr) && *result) {
             FakeObject& surface = *(display.surfaces[name] = &of(*result));
             surface.lost = display.bornLost;
             surface.width = static_cast<int>(d->dwWidth);

@@ -26,6 +26,7 @@ struct FakeObject {
     // Of surfaces. Pixels are little-endian numbers; nothing may write to the bytes after rows and after the
     // last row.
     bool lost = false;
+    void* locked = nullptr; // what the last Lock answered
     int width = 0, height = 0, bytes = 0;
     std::vector<std::uint8_t> memory{};
 
@@ -46,6 +47,9 @@ struct FakeDisplay {
     DWORD bits = 32;
     DWORD redMask = 0xFF0000;
     bool bornLost = false;    // new surfaces are lost
+    std::string yieldNothing; // the object whose creation succeeds without yielding it
+    std::array<int, 3>
+        lie{}; // pixels that surfaces say to be narrower and lower, and the pitch that they state
     __int64 context = 0x5A5A; // what GetDC yields
 
     static constexpr std::uint32_t drawnColor = 0x00ABCDEF; // of what Direct3D has drawn

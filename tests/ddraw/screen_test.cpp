@@ -54,5 +54,18 @@ TEST(DdrawScreen, PaintsAsTheOtherEngineAndShowsItInPlace) {
     EXPECT_NE(RGB(255, 0, 0), GetPixel(screen, 100 + 32, 50 + 22));
 }
 
+// Surfaces that the platform makes smaller than they say, and ones too large for any memory.
+TEST(DdrawScreen, RefusesSurfacesThatAreNotThere) {
+    const TestWindow window(200, 150, 61, 47);
+    const auto engine = newDirectDrawEngine();
+    ASSERT_EQ(S_OK, engine->Initialize(window.value(), 40, 30));
+    for (const auto& [w, h] : {std::pair{536870913L, 53L}, {65536, 65536}}) {
+        EXPECT_EQ(S_OK, engine->SetExtent(w, h));
+        expectDirectDrawError(E_FAIL, bltFailedText, engine->Fill(0, 0, 0, w, h, 0));
+        EXPECT_EQ(S_OK, TestIcon().draw(engine, w - 20, h - 20));
+        EXPECT_TRUE(FAILED(newDirectDrawEngine()->Initialize(window.value(), w, h)));
+    }
+}
+
 } // namespace
 } // namespace talx::test

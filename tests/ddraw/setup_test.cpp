@@ -1,62 +1,94 @@
-// Setting up the DirectDraw engine: the objects that it makes, what it tells of failures, and the order of
-// their end.
+// Setting up the DirectDraw engine: the objects that it makes, what it does without some of them, and the
+// order of their end.
 #include "tests/ddraw/ddraw_view.h"
 
 namespace talx::test {
 namespace {
 
-TEST(DdrawSetup, InitializeGoesStepByStepAndTellsWhichOneFails) {
-    const std::pair<std::string, const wchar_t*> steps[] = {
-        {"DirectDrawCreate", L"Can't create DirectDraw object."},
-        {"directdraw.QueryInterface 6aae1ec1", nullptr}, // without a text: the failure does not matter
-        {"directdraw.SetCooperativeLevel window 8", L"Cannot set cooperation level for DirectDraw."},
-        {"directdraw.CreateSurface primary (0,0,0,0) caps 200", L"Cannot create primary surface."},
-        {"primary.GetPixelFormat", L"Can't get screen pixel format."},
-        {"directdraw.CreateClipper 0", L"Can't create clipper object."},
-        {"clipper.SetHWnd 0 window", L"Can't set DirectDraw clipper HWND."},
-        {"directdraw.CreateSurface buffer (0,0,40,30) caps 2040", L"Cannot create offscreen surface."},
-        {"buffer.GetSurfaceDesc", L"Cannot create offscreen surface."},
-        {"primary.SetClipper clipper", L"Cannot set clipper on primary surface."},
-        {"directdraw.CreatePalette 4", L"Can't set the palette."},
-        {"primary.Restore", nullptr},
-        {"primary.SetPalette palette", L"Can't set the palette."},
-        {"buffer.Restore", nullptr},
-        {"buffer.Blt (0,0,40,30) none all 1000400 ffffffff", nullptr}};
-    Calls all;
-    for (const auto& [call, text] : steps) {
-        SCOPED_TRACE(call);
-        all.push_back(call);
-        const GdiLeakCheck leaks;
-        DdrawView view(8, {call});
-        view.display.bornLost = true;
-        if (text) {
-            expectDirectDrawError(FakeDisplay::failure, text, view.initialize());
-            const std::string last = call.find("CreatePalette") < 99   ? "primary.Restore"
-                                     : call == "buffer.GetSurfaceDesc" ? "~buffer"
-                                                                       : call;
-            EXPECT_EQ(last, view.display.calls.back());
-            view.display.refuse.clear();
-        }
-        EXPECT_EQ(S_OK, view.initialize());
-        EXPECT_EQ(S_OK, view.engine->Fill(0, 0, 0, 1, 1, 0)) << "initialized";
-    }
-    DdrawView view(8, {});
+TEST(DdrawSetup, InitializeGoesStepByStep) {
+    const Calls steps{"DirectDrawCreate",
+                      "directdraw.QueryInterface 6aae1ec1",
+                      "directdraw.SetCooperativeLevel window 8",
+                      "directdraw.CreateSurface primary (0,0,0,0) caps 200",
+                      "primary.GetPixelFormat",
+                      "directdraw.CreateClipper 0",
+                      "clipper.SetHWnd 0 window",
+                      "directdraw.CreateSurface buffer (0,0,40,30) caps 2040",
+                      "buffer.GetSurfaceDesc",
+                      "primary.SetClipper clipper",
+                      "directdraw.CreatePalette 4",
+                      "primary.Restore",
+                      "primary.SetPalette palette",
+                      "buffer.Restore",
+                      "buffer.Blt (0,0,40,30) none all 1000400 ffffffff"};
+    ScreenFormat screen(8);
+    DdrawView view(8, {"directdraw.CreatePalette"});
     view.display.bornLost = true;
+    expectDirectDrawError(FakeDisplay::failure, L"Can't set the palette.", view.initialize());
+    EXPECT_EQ("primary.Restore", view.display.takeCalls().back());
+    view.display.refuse.clear();
     EXPECT_EQ(S_OK, view.initialize());
-    EXPECT_EQ(S_OK, view.engine->Initialize(0, 7, 7)) << "once is enough";
-    EXPECT_EQ(all, view.display.calls);
+    EXPECT_FALSE(view.display.called("Direct") || view.display.called("directdraw.Query"))
+        << "once is enough";
+    EXPECT_EQ(0, std::memcmp(&screen.palette, &view.display.palette, sizeof screen.palette));
+
+    DdrawView other(8, {});
+    other.display.bornLost = true;
+    EXPECT_EQ(S_OK, other.initialize());
+    EXPECT_EQ(S_OK, other.engine->Initialize(0, 7, 7)) << "once is enough";
+    EXPECT_EQ(steps, other.display.calls);
 }
 
-TEST(DdrawSetup, WhereThereIsNoDirectDraw) {
+TEST(DdrawSetup, TheSystemsDirectDrawOrNone) {
+    const ImportHook<HOOK(LoadLibraryExW)> library(
+        engineModule(), [](LPCWSTR name, HANDLE file, DWORD flags) {
+            EXPECT_STREQ(L"ddraw.dll", name);
+            EXPECT_TRUE(!file && flags == LOAD_LIBRARY_SEARCH_SYSTEM32);
+            SetLastError(ERROR_MOD_NOT_FOUND);
+            return HMODULE{};
+        });
+    expectDirectDrawError(HRESULT_FROM_WIN32(ERROR_MOD_NOT_FOUND), L"Can't create DirectDraw object.",
+                          DdrawView().initialize());
     for (const std::string& module : importedModules(engineModule())) {
         EXPECT_STRCASENE("ddraw.dll", module.c_str());
     }
-    const ImportHook<HOOK(LoadLibraryExW)> library(engineModule(), [](LPCWSTR, HANDLE, DWORD) {
-        SetLastError(ERROR_MOD_NOT_FOUND);
-        return HMODULE{};
-    });
-    expectDirectDrawError(HRESULT_FROM_WIN32(ERROR_MOD_NOT_FOUND), L"Can't create DirectDraw object.",
-                          DdrawView().initialize());
+}
+
+TEST(DdrawSetup, RefusesSurfacesThatAreMissingOrTooSmall) {
+    constexpr HRESULT noMemory = E_OUTOFMEMORY; // DirectDraw's own name for it has the same value
+    constexpr const wchar_t *noPrimary = L"Cannot create primary surface.",
+                            *noBuffer = L"Cannot create offscreen surface.";
+    for (const auto& [bits, missing, lie, result, text] :
+         {std::tuple<int, const char*, std::array<int, 3>, HRESULT, const wchar_t*>{
+              32, "primary", {}, E_POINTER, noPrimary},
+          {32, "buffer", {}, E_POINTER, noBuffer},
+          {32, "", {1, 0, 0}, noMemory, noBuffer},
+          {32, "", {0, 1, 0}, noMemory, noBuffer},
+          {32, "", {0, 0, 159}, noMemory, noBuffer},
+          {32, "", {0, 0, -159}, noMemory, noBuffer},
+          {32, "", {0, 0, most}, noMemory, noBuffer}, // more than 31 bits count
+          {15, "", {0, 0, 79}, noMemory, noBuffer},
+          {15, "", {0, 0, 80}, S_OK, L""},
+          {32, "", {0, 0, -160}, S_OK, L""}}) {
+        SCOPED_TRACE(testing::Message() << bits << " " << missing << testing::PrintToString(lie));
+        DdrawView view;
+        view.display.bits = bits;
+        view.display.yieldNothing = missing;
+        view.display.lie = lie;
+        const HRESULT hr = view.initialize();
+        result == S_OK ? expectBare(S_OK, hr) : expectDirectDrawError(result, text, hr);
+    }
+}
+
+TEST(DdrawSetup, FormatIsThatOfBitsAndRedMask) {
+    for (const auto& [bits, redMask, format] :
+         {std::tuple<int, DWORD, int>{16, 0xF800, 16}, {16, 0x7C00, 15}, {16, 0x1F, 15}, {32, 0xF800, 32}}) {
+        DdrawView view(bits);
+        view.display.redMask = redMask;
+        ASSERT_EQ(S_OK, view.initialize());
+        EXPECT_EQ(S_OK, view.engine->Fill(0, 0, 0, 1, 1, RGB(0xFF, 0, 0)));
+        EXPECT_EQ(format == 16 ? 0xF800u : format == 15 ? 0x7C00u : 0xFF0000u, view.buffer().pixel(0, 0));
+    }
 }
 
 TEST(DdrawSetup, SetExtentReplacesTheLayer) {
@@ -66,24 +98,23 @@ TEST(DdrawSetup, SetExtentReplacesTheLayer) {
     view.display.takeCalls();
     view.display.bornLost = true;
     EXPECT_EQ(S_OK, view.engine->SetExtent(DdrawView::width, DdrawView::height)); // changes nothing
-    EXPECT_EQ(S_OK, view.engine->SetExtent(50, 20));
-    EXPECT_EQ(
-        (Calls{"~buffer", "directdraw.CreateSurface buffer (0,0,50,20) caps 40", "buffer.GetSurfaceDesc",
-               "buffer.Restore", "buffer.Blt (0,0,50,20) none all 1000400 ffffff"}),
-        view.display.calls);
-}
-
-TEST(DdrawSetup, PaletteOfAnEightBitScreen) {
-    ScreenFormat screen(8);
-    DdrawView view(8);
-    ASSERT_EQ(S_OK, view.initialize());
-    EXPECT_EQ(0, std::memcmp(&screen.palette, &view.display.palette, sizeof screen.palette));
-    screen.changePalette(20);
-    view.display.takeCalls();
-    EXPECT_EQ(S_OK, view.engine->PaletteChange());
-    EXPECT_EQ(Calls{}, view.display.calls) << "DirectDraw's palette stays";
-    EXPECT_EQ(S_OK, view.engine->Fill(0, 0, 0, 1, 1, RGB(228, 124, 156)));
-    EXPECT_EQ(4u, view.buffer().pixel(0, 0));
+    for (const auto& [w, h] : {std::pair{50L, 20L}, {50, 30}, {40, 30}, {9, 9}, {-5, 1 << 20}}) {
+        const bool refuse = w < 10;
+        view.display.refuse = {refuse ? "directdraw.CreateSurface" : "none"};
+        EXPECT_EQ(S_OK, view.engine->SetExtent(w, h));
+        long width = 0, height = 0;
+        EXPECT_EQ(S_OK, view.engine->GetExtent(&width, &height));
+        EXPECT_EQ(std::pair(w, h), std::pair(width, height)) << "stored, surface or not";
+        const std::string size = "(0,0," + std::to_string(w) + "," + std::to_string(h) + ") ";
+        Calls expected{"~buffer", "directdraw.CreateSurface buffer " + size + "caps 40"};
+        if (refuse) {
+            expected.erase(expected.begin(), expected.begin() + (w < 0)); // there is no buffer any more
+        } else {
+            expected.insert(expected.end(), {"buffer.GetSurfaceDesc", "buffer.Restore",
+                                             "buffer.Blt " + size + "none all 1000400 ffffff"});
+        }
+        EXPECT_EQ(expected, view.display.takeCalls());
+    }
 }
 
 TEST(DdrawSetup, ObjectsEndInOrder) {
@@ -113,17 +144,18 @@ TEST(DdrawSetup, ObjectsEndInOrder) {
 
 // The setting is read as the DLL is loaded, so each value needs a copy of it that is loaded afresh.
 TEST(DdrawSetup, SettingKeepsDirect3DOut) {
-    wchar_t original[MAX_PATH], folder[MAX_PATH], copy[MAX_PATH];
-    GetModuleFileNameW(engineModule(), original, MAX_PATH);
-    GetTempPathW(MAX_PATH, folder);
+    const wchar_t* const copy = L"C:\\talxrend-setting.dll";
     const auto set = [](const wchar_t* value) {
         EXPECT_TRUE(WritePrivateProfileStringW(L"TalDisplay", L"AlphaBlend", value, L"Orbiscope.INI"));
     };
-    const std::pair<const wchar_t*, bool> cases[] = {
-        {L"sOFTWARE", false}, {L"AutoDetect", true}, {L"Software2", true}, {nullptr, true}};
-    for (const auto& [value, asks] : cases) {
+    wchar_t original[MAX_PATH];
+    GetModuleFileNameW(engineModule(), original, MAX_PATH);
+    ASSERT_TRUE(CopyFileW(original, copy, FALSE));
+    for (const auto& [value, asks] : {std::pair<const wchar_t*, bool>{L"sOFTWARE", false},
+                                      {L"AutoDetect", true},
+                                      {L"Software2", true},
+                                      {nullptr, true}}) {
         set(value);
-        ASSERT_TRUE(GetTempFileNameW(folder, L"tal", 0, copy) && CopyFileW(original, copy, FALSE));
         const HMODULE module = LoadLibraryW(copy);
         set(nullptr);
         ASSERT_TRUE(module);
@@ -135,8 +167,8 @@ TEST(DdrawSetup, SettingKeepsDirect3DOut) {
             EXPECT_EQ(asks, display.called("directdraw.CreateSurface buffer (0,0,10,10) caps 2040"));
         }
         FreeLibrary(module);
-        EXPECT_TRUE(DeleteFileW(copy)) << "still loaded";
     }
+    EXPECT_TRUE(DeleteFileW(copy)) << "still loaded";
 }
 
 } // namespace

@@ -6,6 +6,7 @@
 #include "tests/support/gdi_leaks.h"
 
 #include <array>
+#include <map>
 #include <vector>
 
 namespace talx::test {
@@ -23,6 +24,8 @@ class ScreenFormat {
 public:
     explicit ScreenFormat(int format) : format_(format) { changePalette(0); }
 
+    const int format_;
+
     std::array<PALETTEENTRY, 256> palette{};
     void changePalette(int seed) {
         for (int i = 0; i < 256; ++i) {
@@ -36,20 +39,20 @@ public:
         palette[255] = {255, 255, 255, 0};
     }
 
+    DWORD compression = format_ == 16 || format_ == 32 ? BI_BITFIELDS : BI_RGB;
+    DWORD redMask = format_ == 32 ? 0xFF0000 : 0xF800;
+
 private:
     // As GDI does: the masks in the second call only, when the header has been filled.
     int describe(BITMAPINFO& info) const {
-        const DWORD masks[2][3] = {{0xF800, 0x07E0, 0x001F}, {0xFF0000, 0x00FF00, 0x0000FF}};
-        const bool masked = format_ == 16 || format_ == 32;
-        if (info.bmiHeader.biBitCount && masked) {
-            std::memcpy(info.bmiColors, masks[format_ == 32], sizeof masks[0]);
+        if (info.bmiHeader.biBitCount) {
+            std::memcpy(info.bmiColors, &redMask, sizeof redMask);
         }
         info.bmiHeader.biBitCount = static_cast<WORD>(format_ == 15 ? 16 : format_);
-        info.bmiHeader.biCompression = masked ? BI_BITFIELDS : BI_RGB;
+        info.bmiHeader.biCompression = compression;
         return 1;
     }
 
-    const int format_;
     ImportHook<HOOK(GetDIBits)> probe_{engineModule(), [this](HDC dc, HBITMAP b, UINT start, UINT n,
                                                               void* bits, BITMAPINFO* info, UINT use) {
                                            return format_ ? describe(*info)

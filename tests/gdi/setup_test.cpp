@@ -1,5 +1,4 @@
-// Setting up a GDI engine: its composition bitmap in every screen format, its extent, and what stays after a
-// failure.
+// Setting up a GDI engine: its composition bitmap in every screen format, its extent, and its palette.
 #include "tests/gdi/gdi_view.h"
 
 namespace talx::test {
@@ -17,6 +16,19 @@ TEST(GdiScreen, DecidesTheFormat) {
     EXPECT_TRUE(view.initialized());
     const int depth = GetDeviceCaps(TestContext(1, 1).dc, BITSPIXEL);
     EXPECT_EQ(depth == 16 ? 15 : depth, view.format());
+    for (const auto& [bits, compression, redMask, format] :
+         {std::tuple<int, DWORD, DWORD, int>{16, BI_BITFIELDS, 0xF800, 16},
+          {16, BI_BITFIELDS, 0x7C00, 15},
+          {16, BI_BITFIELDS, 0x001F, 15},
+          {16, BI_RGB, 0xF800, 15},
+          {32, BI_BITFIELDS, 0xF800, 32},
+          {24, BI_RGB, 0x7C00, 24}}) {
+        GdiView other(bits);
+        other.screen.compression = compression;
+        other.screen.redMask = redMask;
+        EXPECT_EQ(S_OK, other.initialize());
+        EXPECT_EQ(format, other.format());
+    }
     for (const int bits : {1, 4, 48}) {
         expectNoDibSection(GdiView(bits).initialize());
     }
@@ -28,7 +40,6 @@ TEST_P(GdiSetup, DescribesItsBitmapAndTriesTwice) {
     EXPECT_EQ(S_OK, initialize());
     ASSERT_EQ(2u, requests.seen.size());
     const auto& [first, table] = requests.seen[0];
-    const BITMAPV4HEADER& second = requests.seen[1].header;
     using Sizes = std::tuple<long, long, int, DWORD>;
     EXPECT_EQ(Sizes(width, -height, 1, 0x73524742), // "sRGB"
               Sizes(first.bV4Width, first.bV4Height, first.bV4Planes, first.bV4CSType));
@@ -46,94 +57,54 @@ TEST_P(GdiSetup, DescribesItsBitmapAndTriesTwice) {
         const DWORD expected = e.peRed << 16 | e.peGreen << 8 | e.peBlue;
         EXPECT_EQ(0, std::memcmp(&expected, &table[i], 4)) << i;
     }
-    EXPECT_EQ(DWORD{BI_RGB}, second.bV4V4Compression);
+    EXPECT_EQ(DWORD{BI_RGB}, requests.seen[1].header.bV4V4Compression);
     EXPECT_TRUE(GetParam() == realScreen || format() == (GetParam() == 16 ? 15 : GetParam())) << "no masks";
 }
 
-TEST_P(GdiSetup, InitializesOnce) {
+// Whatever the extent was before, another one is grey or gone, and the next one is in the screen's format.
+TEST_P(GdiSetup, ExtentIsNewOrGone) {
     EXPECT_EQ(std::pair(0L, 0L), extent());
     expectNoCompatibleContext(engine->Initialize(0x7654320, 9, 9)); // not a window
     EXPECT_EQ(S_OK, initialize());
-    bits().row(3)[5] = 77;
-    EXPECT_EQ(S_OK, initialize(-5, 9999));
-    EXPECT_EQ(S_OK, engine->SetExtent(width, height));
-    EXPECT_EQ(std::pair(long{width}, long{height}), extent());
-    EXPECT_EQ(77, bits().row(3)[5]);
-}
-
-// Whichever single step fails, or all from one on: the engine is ready or says why not, and can be
-// initialized next.
-TEST_P(GdiSetup, SurvivesEveryFailingStep) {
-    for (const auto mode : {FailurePlan::Mode::once, FailurePlan::Mode::fromThenOn}) {
-        FailurePlan plan;
-        const FailingImport<HOOK(GetDC)> getDc(engineModule(), plan);
-        const FailingImport<HOOK(CreateCompatibleDC)> compatibleDc(engineModule(), plan);
-        const FailingImport<HOOK(CreateCompatibleBitmap)> compatibleBitmap(engineModule(), plan);
-        const FailingImport<HOOK(GetDIBits)> getDIBits(engineModule(), plan);
-        const FailingImport<HOOK(CreatePalette)> palette(engineModule(), plan);
-        const FailingImport<HOOK(GetSystemPaletteEntries)> systemPalette(engineModule(), plan);
-        const FailingImport<HOOK(CreateDIBSection)> dibSection(engineModule(), plan);
-        const int rounds = plan.sweep(
-            [&] {
-                engine = newEngine();
-                const HRESULT hr = initialize();
-                EXPECT_EQ(hr == S_OK, initialized());
-                if (hr == static_cast<HRESULT>(0x8004400E)) {
-                    expectNoCompatibleContext(hr);
-                } else if (hr != S_OK) {
-                    expectNoDibSection(hr);
-                }
-                if (plan.met() && mode == FailurePlan::Mode::once) {
-                    EXPECT_EQ(S_OK, initialize());
-                    EXPECT_EQ(S_OK, engine->SetExtent(8, 8));
-                    EXPECT_EQ(8, bits().width());
-                }
-            },
-            mode);
-        EXPECT_GE(rounds, GetParam() == 8 ? 8 : 6);
-    }
-}
-
-TEST_P(GdiSetup, AnotherExtentIsGrey) {
-    EXPECT_EQ(S_OK, initialize());
+    const int screenFormat = format();
     DibRequests requests;
-    for (const auto& [w, h] : {std::pair{7, 5}, {130, 1}, {1, 90}}) {
-        requests.failures = w == 1; // the second try
-        EXPECT_EQ(S_OK, engine->SetExtent(w, h));
-        EXPECT_EQ(std::pair(long{w}, long{h}), extent());
-        EXPECT_EQ(std::vector<COLORREF>(w * h, grey), colors());
-    }
-    requests.failures = 2;
-    expectNoDibSection(engine->SetExtent(9, 9));
-    EXPECT_EQ(std::pair(0L, 0L), extent());
-}
-
-TEST_P(GdiSetup, ImpossibleExtentsLeaveNothingAndAreRecoveredFrom) {
-    EXPECT_EQ(S_OK, initialize());
-    // In bytes these are none, or more than 32 bits count in every format.
-    for (const auto& [w, h] : {std::pair{0L, 0L},
-                               {0, 9},
-                               {9, 0},
-                               {-9, 9},
-                               {most, most},
-                               {0x10000, 0x10000},
-                               {most, 4},
-                               {4, most},
-                               {least, 9},
-                               {least, least},
-                               {most, least},
-                               {1 << 30, 1 << 30}}) {
+    for (const auto& [w, h, failures] : {std::tuple{7L, 5L, 0},
+                                         {width, 5, 0},
+                                         {9, 9, 2},
+                                         {0, 0, 0},
+                                         {0, 9, 0},
+                                         {9, 0, 0},
+                                         {-9, 9, 0},
+                                         {most, most, 0},
+                                         {0x10000, 0x10000, 0},
+                                         {most, 4, 0},
+                                         {4, most, 0},
+                                         {least, 9, 0},
+                                         {least, least, 0},
+                                         {1 << 30, 1 << 30, 0},
+                                         {130, height, 1}}) {
         SCOPED_TRACE(testing::Message() << w << " x " << h);
-        expectNoDibSection(newEngine()->Initialize(window.value(), w, h));
-        expectNoDibSection(engine->SetExtent(w, h));
-        EXPECT_EQ(std::pair(0L, 0L), extent());
-        EXPECT_TRUE(initialized());
-        EXPECT_EQ(S_OK, engine->Fill(0, 0, 0, 9, 9, white));
-        EXPECT_EQ(S_OK, engine->RefreshScreen(0, 0, 0, 0, 9, 9));
-        EXPECT_EQ(S_OK, engine->PaletteChange());
-        EXPECT_EQ(nullptr, bits().section().dsBm.bmBits);
+        requests.failures = failures;
+        if (failures < 2 && w * h > 0 && w < 999) {
+            EXPECT_EQ(S_OK, engine->SetExtent(w, h));
+            EXPECT_EQ(std::pair(w, h), extent());
+            EXPECT_EQ(std::vector<COLORREF>(w * h, grey), colors());
+        } else {
+            expectNoDibSection(engine->SetExtent(w, h));
+            EXPECT_EQ(std::pair(0L, 0L), extent());
+            EXPECT_EQ(S_OK, engine->Fill(0, 0, 0, 9, 9, white) | engine->RefreshScreen(0, 0, 0, 0, 9, 9) |
+                                engine->PaletteChange());
+            EXPECT_TRUE(initialized() && !bits().section().dsBm.bmBits);
+            requests.failures = failures;
+            expectNoDibSection(newEngine()->Initialize(window.value(), w, h));
+        }
+        requests.failures = 0;
         EXPECT_EQ(S_OK, engine->SetExtent(width, height));
-        EXPECT_EQ(grey, colors().back());
+        EXPECT_EQ(failures == 1 && screenFormat == 16 ? 15 : screenFormat, format()) << "15 without masks";
+        bits().row(3)[5] = 77;
+        EXPECT_EQ(S_OK, initialize(-5, 9999));
+        EXPECT_EQ(S_OK, engine->SetExtent(width, height));
+        EXPECT_EQ(77, bits().row(3)[5]) << "the same extent changes nothing";
     }
     // A row of more bits than 31 bits count: its length must not have wrapped around.
     const int widest = GetParam() == 8    ? 0x10000001
@@ -144,9 +115,63 @@ TEST_P(GdiSetup, ImpossibleExtentsLeaveNothingAndAreRecoveredFrom) {
         EXPECT_LT(0, bits().section().dsBm.bmWidthBytes);
     }
     engine->SetExtent(9, -9); // rows upside down or a failure: either way nothing can be drawn
-    EXPECT_EQ(S_OK, engine->Fill(0, -9, -9, 9, 9, white));
-    EXPECT_EQ(S_OK, engine->RefreshScreen(0, 0, -9, -9, 9, 9));
-    EXPECT_EQ(S_OK, engine->SetExtent(width, height));
+    EXPECT_EQ(S_OK, engine->Fill(0, -9, -9, 9, 9, white) | engine->RefreshScreen(0, 0, -9, -9, 9, 9));
+}
+
+TEST_P(GdiSetup, RefusesABitmapThatIsTooSmall) {
+    for (const auto& [less, lower, shorter] : {std::tuple{1, 0, 0}, {0, 1, 0}, {0, 0, 4}}) {
+        ImportHook<HOOK(GetObjectW)> hook(engineModule(), [&](HANDLE object, int size, void* out) {
+            const int written = hook.original(object, size, out);
+            auto& bitmap = static_cast<DIBSECTION*>(out)->dsBm;
+            bitmap.bmWidth -= less;
+            bitmap.bmHeight -= lower;
+            bitmap.bmWidthBytes -= shorter;
+            return written;
+        });
+        expectNoDibSection(initialize(64, 2));
+    }
+}
+
+// What a palettised view asks of GDI; under Wine much of it makes no difference.
+TEST(GdiPalette, IsKeptUpToDateAndLetGo) {
+    std::vector<std::string> calls;
+    {
+        GdiView view(8);
+        std::vector<Import> entries = imports(engineModule());
+        std::erase_if(entries, [](const Import& import) {
+            const std::string& f = import.function;
+            return f.find("alette") == f.npos && f.find("ealize") == f.npos && f.find("DIBColor") == f.npos;
+        });
+        std::map<void*, std::string> names{{GetStockObject(DEFAULT_PALETTE), " default"}};
+        const ImportGate gate(
+            entries,
+            [&](const ImportedCall& call) {
+                const bool create = call.function == "CreatePalette",
+                           select = call.function == "SelectPalette";
+                const auto* header = static_cast<const WORD*>(call.arguments[0]);
+                calls.push_back(call.function + (create ? " " + std::to_string(header[0]) : "") +
+                                (select ? names[call.arguments[1]] : ""));
+                return std::nullopt;
+            },
+            [&](const ImportedCall& call, std::uintptr_t result) {
+                if (call.function == "CreatePalette") {
+                    names[reinterpret_cast<void*>(result)] = " own";
+                }
+            });
+        EXPECT_EQ(S_OK, view.initialize());
+        EXPECT_EQ(S_OK, view.engine->PaletteChange());
+        EXPECT_EQ(S_OK, view.engine->RefreshScreen(0, 0, 0, 0, 9, 9));
+        view.engine.Reset();
+    }
+    std::erase(calls, "GetNearestPaletteIndex");
+    EXPECT_EQ(
+        (std::vector<std::string>{"GetSystemPaletteEntries", "CreatePalette 768", "SelectPalette own",
+                                  "RealizePalette", "GetPaletteEntries", // Initialize
+                                  "GetSystemPaletteEntries", "SetPaletteEntries", "GetPaletteEntries",
+                                  "SetDIBColorTable", "UnrealizeObject", "RealizePalette",
+                                  "SelectPalette own", "RealizePalette", "SelectPalette default", // refresh
+                                  "SelectPalette default"}),
+        calls);
 }
 
 } // namespace

@@ -7,8 +7,8 @@
 
 #include <olectl.h>
 
-#include <map>
 #include <set>
+#include <span>
 
 namespace talx::test {
 
@@ -17,17 +17,25 @@ struct MakerAndTaker {
     const char *maker, *taker;
     int argument;
 };
-constexpr MakerAndTaker gdiObjects[] = {
-    {"CreateCompatibleDC", "DeleteDC", 0},   {"CreateCompatibleBitmap", "DeleteObject", 0},
-    {"CreateDIBSection", "DeleteObject", 0}, {"CreatePalette", "DeleteObject", 0},
-    {"CreateSolidBrush", "DeleteObject", 0}, {"GetDC", "ReleaseDC", 1}};
+constexpr MakerAndTaker resources[] = {{"CreateCompatibleDC", "DeleteDC", 0},
+                                       {"CreateCompatibleBitmap", "DeleteObject", 0},
+                                       {"CreateDIBSection", "DeleteObject", 0},
+                                       {"CreatePalette", "DeleteObject", 0},
+                                       {"CreateSolidBrush", "DeleteObject", 0},
+                                       {"GetDC", "ReleaseDC", 1},
+                                       {"LoadLibraryExW", "FreeLibrary", 0},
+                                       {"SafeArrayCreateVector", "SafeArrayDestroy", 0},
+                                       {"SysAllocStringLen", "SysFreeString", 0},
+                                       {"HeapAlloc", "HeapFree", 2},
+                                       {"malloc", "free", 0},
+                                       {"calloc", "free", 0}};
+constexpr std::span gdiResources(resources, 6);
 
 // Watches a module from its construction to its destruction, at which nothing may be left.
 class LeakCheck {
 public:
-    template <std::size_t count>
-    LeakCheck(HMODULE module, const MakerAndTaker (&pairs)[count])
-        : pairs_(pairs, pairs + count),
+    LeakCheck(HMODULE module, std::span<const MakerAndTaker> pairs)
+        : pairs_(pairs),
           gate_(
               entries(module), [this](const ImportedCall& call) { return take(call), std::nullopt; },
               [this](const ImportedCall& call, std::uintptr_t result) { make(call, result); }) {}
@@ -74,13 +82,13 @@ private:
         }
     }
 
-    const std::vector<MakerAndTaker> pairs_;
+    const std::span<const MakerAndTaker> pairs_;
     std::multiset<std::pair<std::string, void*>> live_; // by what takes it
     ImportGate gate_;
 };
 
 struct GdiLeakCheck : LeakCheck {
-    GdiLeakCheck() : LeakCheck(engineModule(), gdiObjects) {}
+    GdiLeakCheck() : LeakCheck(engineModule(), gdiResources) {}
 };
 
 } // namespace talx::test
