@@ -143,6 +143,7 @@ HRESULT describe(HRESULT hr, FakeObject& surface, DDSURFACEDESC& d) {
     const auto& [lessWidth, lessHeight, pitch] = surface.display.lie;
     d.dwWidth = static_cast<DWORD>(surface.width - lessWidth);
     d.dwHeight = static_cast<DWORD>(surface.height - lessHeight);
+    d.dwFlags = DDSD_WIDTH | DDSD_HEIGHT | DDSD_PITCH;
     d.lPitch = pitch ? pitch : surface.pitch();
     d.ddpfPixelFormat.dwRGBBitCount = surface.display.bits;
     d.lpSurface = FAILED(hr) ? nullptr : surface.memory.data();
