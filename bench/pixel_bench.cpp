@@ -1,165 +1,236 @@
-// Times the pixel routines on a full-HD buffer, each beside a memcpy of as many bytes as it writes: the
-// routines only read, look up and write, so the copy is the limit that memory sets.
+// Every inner loop of the pixel code on a full-HD view.
+//
+//   pixel_bench [--instructions=plain|avx2|avx512] [--benchmark_filter=...]
+#include "bench/peers.h"
 #include "render/pixels/color_maps.h"
 #include "render/pixels/icon_blend.h"
 #include "render/pixels/kernels.h"
 #include "render/pixels/row_converters.h"
+#include "render/pixels/versions.h"
 
-#include <benchmark/benchmark.h>
-
-#include <chrono>
+#include <cstdio>
 #include <cstring>
 #include <random>
 
+namespace talx::bench {
 namespace {
 
-using namespace talx;
+using enum PixelFormat;
 
-constexpr std::int32_t width = 1920;
-constexpr std::int32_t height = 1080;
-constexpr Extent extent{width, height};
-constexpr std::size_t pixels = std::size_t{width} * height;
+constexpr Extent view{1920, 1080};
+constexpr std::size_t pixels = std::size_t{view.width} * view.height;
+constexpr int w = view.width;
 
-std::vector<std::uint8_t> noise(std::size_t bytes) {
-    std::mt19937 random(1);
-    std::vector<std::uint8_t> v(bytes);
-    for (std::uint8_t& b : v)
-        b = static_cast<std::uint8_t>(random());
-    return v;
+template <PixelFormat Format>
+PixelRows rowsOf(std::uint8_t* buffer) {
+    return {buffer, std::ptrdiff_t{view.width} * bytesPerPixel(Format)};
+}
+
+template <PixelFormat Format>
+std::string into() {
+    return Format == Pal8    ? " to 8"
+           : Format == Rgb15 ? " to 15"
+           : Format == Rgb16 ? " to 16"
+           : Format == Rgb24 ? " to 24"
+                             : " to 32";
 }
 
 // What a camera delivers: a smooth picture with some noise, which the caches of the large tables feel.
-std::vector<std::uint8_t> heights16() {
+std::vector<std::uint16_t> heights() {
     std::mt19937 random(2);
-    std::vector<std::uint8_t> v(2 * pixels);
-    for (std::size_t i = 0; i < pixels; ++i) {
-        const std::size_t x = i % width, y = i / width;
-        const auto h = static_cast<std::uint16_t>(20 * x + 20 * y + random() % 512);
-        std::memcpy(&v[2 * i], &h, sizeof h);
-    }
+    std::vector<std::uint16_t> v(pixels);
+    for (std::size_t i = 0; i < pixels; ++i)
+        v[i] = static_cast<std::uint16_t>(20 * (i % w) + 20 * (i / w) + random() % 512);
     return v;
 }
 
-// Runs draw(buffer) on a buffer of pixelSize bytes a pixel; routine and copy take turns.
-template <class Draw>
-void run(benchmark::State& state, std::size_t pixelSize, Draw draw) {
-    using Clock = std::chrono::steady_clock;
-    std::vector<std::uint8_t> buffer = noise(pixels * pixelSize);
-    std::vector<std::uint8_t> other = buffer;
-    const PixelRows rows{buffer.data(), static_cast<std::ptrdiff_t>(width * pixelSize)};
-    std::chrono::duration<double> drawing{}, copying{};
-    for ([[maybe_unused]] auto _ : state) {
-        const auto start = Clock::now();
-        draw(rows);
-        benchmark::ClobberMemory();
-        const auto drawn = Clock::now();
-        std::memcpy(other.data(), buffer.data(), buffer.size());
-        benchmark::ClobberMemory();
-        const auto copied = Clock::now();
-        drawing += drawn - start;
-        copying += copied - drawn;
-        state.SetIterationTime(std::chrono::duration<double>(drawn - start).count());
+// Everything that the works read, alive while they are measured.
+struct Pictures {
+    std::vector<std::uint8_t> grey = noise(pixels), red = noise(pixels + 1), green = noise(pixels + 2),
+                              blue = noise(pixels + 3);
+    std::vector<std::uint16_t> values = heights();
+    std::vector<std::uint8_t> mask = noise(pixels);
+    GreyColorMap8 ramp8, colors8;
+    ColorMap16 ramp16, colors16;
+
+    Pictures() {
+        for (std::uint8_t& m : mask)
+            m &= 1; // no branch predictor learns it
+        std::mt19937 random(3);
+        colors8.beginReplace();
+        for (int i = 0; i < 256; ++i)
+            colors8.append(fromRgbWord(static_cast<std::uint32_t>(random())));
+        colors8.endReplace();
+        colors8.updatePalette([](std::uint32_t c) { return static_cast<std::uint8_t>(c * 31 >> 8); });
+        colors16.beginReplace();
+        for (int i = 0; i < 65536; ++i)
+            colors16.append(fromRgbWord(static_cast<std::uint32_t>(random())));
+        colors16.endReplace();
+        ramp16.setSize(65536);
+        colors16.setSize(65536);
     }
-    state.counters["times_memcpy"] = drawing / copying;
-    state.counters["Mpixel/s"] = pixels * static_cast<double>(state.iterations()) / drawing.count() / 1e6;
+};
+
+template <PixelFormat Format>
+void addGrey8(Pictures& p, GreyColorMap8& map, const std::string& name) {
+    const auto* table = map.table<Format>();
+    Ways ways = peersOfGrey8(Format, p.grey.data(), view, table);
+    ways.insert(ways.begin(), {"", [&p, table](std::uint8_t* out) {
+                                   convertGrey8(rowsOf<Format>(out), {p.grey.data(), w}, view, table);
+                               }});
+    addWork(name + into<Format>(), pixels * bytesPerPixel(Format), std::move(ways));
 }
 
 template <PixelFormat Format>
-void grey8(benchmark::State& state) {
-    const auto source = noise(pixels);
-    GreyColorMap8 map;
-    run(state, bytesPerPixel(Format), [&](const PixelRows& out) {
-        convertGrey8(out, {source.data(), width}, extent, map.table<Format>());
-    });
+void addGrey16(Pictures& p, ColorMap16& map, const std::string& name) {
+    const auto* table = map.table<Format>();
+    Ways ways = peersOfGrey16(Format, p.values.data(), view, table);
+    const ConstPixelRows in{reinterpret_cast<const std::uint8_t*>(p.values.data()), 2 * w};
+    ways.insert(ways.begin(), {"", [=](std::uint8_t* out) {
+                                   convertGrey16(rowsOf<Format>(out), in, view, table, 65535);
+                               }});
+    addWork(name + into<Format>(), pixels * bytesPerPixel(Format), std::move(ways));
+    const ConstPixelRows mask{p.mask.data(), w};
+    addWork(name + into<Format>() + " with mask", pixels * bytesPerPixel(Format),
+            {{"", [=](std::uint8_t* out) {
+                  convertMaskedRange16(rowsOf<Format>(out), in, mask, view, table, 65535, table[77]);
+              }}});
 }
 
 template <PixelFormat Format>
-void grey16(benchmark::State& state) {
-    const auto source = heights16();
-    ColorMap16 map;
-    map.setSize(65536);
-    run(state, bytesPerPixel(Format), [&](const PixelRows& out) {
-        convertGrey16(out, {source.data(), 2 * width}, extent, map.table<Format>(), map.maxValue());
-    });
+void addColor(Pictures& p) {
+    Ways ways = peersOfColor(Format, p.red.data(), p.green.data(), p.blue.data(), view);
+    ways.insert(ways.begin(), {"", [&p](std::uint8_t* out) {
+                                   convertColor(Format, rowsOf<Format>(out), {p.red.data(), w},
+                                                {p.green.data(), w}, {p.blue.data(), w}, view);
+                               }});
+    addWork("three planes" + into<Format>(), pixels * bytesPerPixel(Format), std::move(ways));
 }
 
-void maskedRange(benchmark::State& state) {
-    const auto source = heights16();
-    auto mask = noise(pixels);
-    for (std::uint8_t& m : mask)
-        m &= 1; // no branch predictor learns it
-    ColorMap16 map;
-    map.setSize(65536);
-    run(state, 4, [&](const PixelRows& out) {
-        convertMaskedRange16(out, {source.data(), 2 * width}, {mask.data(), width}, extent,
-                             map.table<PixelFormat::Rgb32>(), map.maxValue(), std::uint32_t{0xFF});
-    });
-}
-
-template <PixelFormat Format>
-void color(benchmark::State& state) {
-    const auto planes = noise(3 * pixels);
-    const auto plane = [&](std::size_t n) {
-        return ConstPixelRows{&planes[n * pixels], width};
-    };
-    run(state, bytesPerPixel(Format),
-        [&](const PixelRows& out) { convertColor(Format, out, plane(0), plane(1), plane(2), extent); });
-}
-
-// The source is just large enough for the target; the target starts away from the corner.
-template <auto Kernel, std::size_t PixelSize>
-void kernel(benchmark::State& state, double scale) {
-    constexpr Rect target{10, 10, 10 + width, 10 + height};
+// The whole of a source that is just as large as the view needs.
+template <auto Kernel, int PixelBytes>
+void addKernel(const std::string& name, double scale, bool hasPeers) {
     const auto size = [=](std::int32_t n) {
-        return static_cast<std::int32_t>((n + 20) / scale) + 1;
+        return static_cast<std::int32_t>(n / scale + 0.5);
     };
-    const std::int32_t w = size(width), h = size(height);
-    const auto source = noise(std::size_t(w) * h * PixelSize);
-    const PlaneView view{source.data(), static_cast<std::ptrdiff_t>(w * PixelSize), w, h};
-    run(state, PixelSize, [&](const PixelRows& out) { Kernel(view, out, scale, target); });
+    const Extent extent{size(view.width), size(view.height)};
+    static std::vector<std::vector<std::uint8_t>> sources;
+    const std::uint8_t* source =
+        sources.emplace_back(noise(std::size_t(extent.width) * extent.height * PixelBytes)).data();
+    Ways ways = hasPeers ? peersOfNearest(PixelBytes, source, extent, view) : Ways{};
+    ways.insert(ways.begin(), {"", [=](std::uint8_t* out) {
+                                   Kernel({source, extent.width * std::ptrdiff_t{PixelBytes}, extent},
+                                          {out, w * std::ptrdiff_t{PixelBytes}}, scale,
+                                          {0, 0, view.width, view.height});
+                               }});
+    char label[80];
+    std::snprintf(label, sizeof label, "%s, %d bits, x %g", name.c_str(), 8 * PixelBytes, scale);
+    addWork(label, pixels * PixelBytes, std::move(ways));
 }
 
-// Transparencies in percent of the icon's 256 indices: one for all, or each its own.
+// An icon over the whole view; transparencyOf gives the per cent of each index.
 template <PixelFormat Format>
-void icon(benchmark::State& state, int transparency) {
-    const auto source = noise(pixels);
+void addIcon(Pictures& p, const std::string& name, int (*transparencyOf)(int index)) {
     IconTables tables;
-    for (std::size_t i = 0; i < 256; ++i) {
-        tables.color[i] = static_cast<std::uint32_t>(i * 0x010203) & 0xFFFFFF;
-        tables.weight[i] = iconWeight(static_cast<std::uint8_t>(transparency < 0 ? i % 101 : transparency));
+    static std::vector<std::vector<std::uint32_t>> kept;
+    std::uint8_t weights[256];
+    std::vector<std::uint32_t> colors;
+    for (int i = 0; i < 256; ++i) {
+        const ColorEntry color = fromRgbWord(static_cast<std::uint32_t>(i * 0x01C371));
+        weights[i] = tables.weight[i] = iconWeight(static_cast<std::uint8_t>(transparencyOf(i)));
+        tables.color[i] = weights[i] == invisibleWeight ? 0 : toPixel(Format, color);
+        colors.push_back(toRgb32(color));
     }
-    run(state, bytesPerPixel(Format), [&](const PixelRows& out) {
-        blendIcon(Format, out, {source.data(), width}, extent, tables);
-    });
+    Ways ways;
+    if (Format == Rgb32)
+        ways = peersOfBlend(p.grey.data(), view, colors.data(), weights);
+    ways.insert(ways.begin(), {"", [&p, tables](std::uint8_t* out) {
+                                   blendIcon(Format, rowsOf<Format>(out), {p.grey.data(), w}, view, tables);
+                               }});
+    addWork("icon, " + name + into<Format>(), pixels * bytesPerPixel(Format), std::move(ways));
 }
 
-#define TALX_BENCHMARK(...) BENCHMARK(__VA_ARGS__)->UseManualTime()->Unit(benchmark::kMillisecond)
-#define TALX_BENCHMARK_WITH(f, name, arg)                                                                    \
-    BENCHMARK_CAPTURE(f, name, arg)->UseManualTime()->Unit(benchmark::kMillisecond)
+template <PixelFormat Format>
+void addIcons(Pictures& p) {
+    addIcon<Format>(p, "opaque", [](int) { return 0; });
+    addIcon<Format>(p, "opaque with holes", [](int i) { return i % 4 == 0 ? 100 : 0; });
+    addIcon<Format>(p, "30 %", [](int) { return 30; });
+    addIcon<Format>(p, "every weight", [](int i) { return i % 101; });
+}
 
-TALX_BENCHMARK(grey8<PixelFormat::Pal8>);
-TALX_BENCHMARK(grey8<PixelFormat::Rgb16>);
-TALX_BENCHMARK(grey8<PixelFormat::Rgb24>);
-TALX_BENCHMARK(grey8<PixelFormat::Rgb32>);
-TALX_BENCHMARK(grey16<PixelFormat::Rgb24>);
-TALX_BENCHMARK(grey16<PixelFormat::Rgb32>);
-TALX_BENCHMARK(maskedRange);
-TALX_BENCHMARK(color<PixelFormat::Rgb16>);
-TALX_BENCHMARK(color<PixelFormat::Rgb24>);
-TALX_BENCHMARK(color<PixelFormat::Rgb32>);
-constexpr auto nearest8 = kernel<resampleNearest8, 1>;
-constexpr auto nearest16 = kernel<resampleNearest16, 2>;
-constexpr auto centre8 = kernel<resampleCentre8, 1>;
-constexpr auto centre16 = kernel<resampleCentre16, 2>;
-TALX_BENCHMARK_WITH(nearest8, times_3, 3.0);
-TALX_BENCHMARK_WITH(nearest8, times_0_37, 0.37);
-TALX_BENCHMARK_WITH(nearest16, times_0_37, 0.37);
-TALX_BENCHMARK_WITH(centre8, times_2_5, 2.5);
-TALX_BENCHMARK_WITH(centre8, times_0_4, 0.4);
-TALX_BENCHMARK_WITH(centre16, times_0_4, 0.4);
-constexpr auto icon32 = icon<PixelFormat::Rgb32>;
-TALX_BENCHMARK_WITH(icon32, opaque, 0);
-TALX_BENCHMARK_WITH(icon32, blended, 30);
-TALX_BENCHMARK_WITH(icon32, of_every_weight, -1);
+// Small works, as many of them as take a while: their times are to be divided by the count.
+void addTables() {
+    addWork("1000 8-bit tables of 32-bit pixels", 1024, {{"", [](std::uint8_t* out) {
+                                                              for (int i = 0; i < 1000; ++i) {
+                                                                  GreyColorMap8 map;
+                                                                  std::memcpy(out, map.table<Rgb32>(), 1024);
+                                                              }
+                                                          }}});
+    addWork("1000 changes of one colour", 1024,
+            {{"", [](std::uint8_t* out) {
+                  GreyColorMap8 map;
+                  map.table<Rgb32>();
+                  for (int i = 0; i < 1000; ++i)
+                      map.setEntry(static_cast<std::uint8_t>(i), fromRgbWord(i * 77),
+                                   [](std::uint32_t) -> std::uint8_t { return 0; });
+                  std::memcpy(out, map.table<Rgb32>(), 1024);
+              }}});
+    addWork("ten 16-bit tables of 32-bit pixels", 262144, {{"", [](std::uint8_t* out) {
+                                                                for (int i = 0; i < 10; ++i) {
+                                                                    ColorMap16 map;
+                                                                    map.setSize(65536);
+                                                                    std::memcpy(out, map.table<Rgb32>(),
+                                                                                262144);
+                                                                }
+                                                            }}});
+}
+
+void addAll(Pictures& p) {
+    addGrey8<Pal8>(p, p.colors8, "8-bit, colours,");
+    addGrey8<Rgb16>(p, p.colors8, "8-bit, colours,");
+    addGrey8<Rgb24>(p, p.colors8, "8-bit, colours,");
+    addGrey8<Rgb32>(p, p.colors8, "8-bit, colours,");
+    addGrey8<Rgb16>(p, p.ramp8, "8-bit, grey,");
+    addGrey8<Rgb24>(p, p.ramp8, "8-bit, grey,");
+    addGrey8<Rgb32>(p, p.ramp8, "8-bit, grey,");
+    addGrey16<Rgb16>(p, p.colors16, "16-bit, 65536 colours,");
+    addGrey16<Rgb24>(p, p.colors16, "16-bit, 65536 colours,");
+    addGrey16<Rgb32>(p, p.colors16, "16-bit, 65536 colours,");
+    addGrey16<Rgb16>(p, p.ramp16, "16-bit, grey,");
+    addGrey16<Rgb24>(p, p.ramp16, "16-bit, grey,");
+    addGrey16<Rgb32>(p, p.ramp16, "16-bit, grey,");
+    addColor<Rgb15>(p);
+    addColor<Rgb16>(p);
+    addColor<Rgb24>(p);
+    addColor<Rgb32>(p);
+    for (const double scale : {2.5, 3.0, 0.37}) {
+        addKernel<resampleNearest8, 1>("nearest", scale, true);
+        addKernel<resampleNearest16, 2>("nearest", scale, true);
+    }
+    for (const double scale : {2.5, 3.0, 0.4}) {
+        addKernel<resampleCentre8, 1>("centre", scale, false);
+        addKernel<resampleCentre16, 2>("centre", scale, false);
+    }
+    addIcons<Rgb15>(p);
+    addIcons<Rgb16>(p);
+    addIcons<Rgb24>(p);
+    addIcons<Rgb32>(p);
+    addTables();
+}
 
 } // namespace
+} // namespace talx::bench
+
+int main(int argc, char** argv) {
+    using namespace talx;
+    for (int i = 1; i < argc; ++i) {
+        const std::string argument = argv[i];
+        if (argument == "--instructions=plain")
+            limitInstructionSet(InstructionSet::Plain);
+        else if (argument == "--instructions=avx2")
+            limitInstructionSet(InstructionSet::Avx2);
+    }
+    bench::Pictures pictures;
+    bench::addAll(pictures);
+    return bench::printTable(argc, argv, 4 * bench::pixels);
+}

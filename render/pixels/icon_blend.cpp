@@ -1,7 +1,10 @@
-// Icon blending: one loop over the pixels for each buffer depth.
+// Icon blending: what every depth has in common is one formula for four bytes of a pixel; the depths differ in
+// how a pixel is taken apart and put together. Here are the plain versions.
 #include "render/pixels/icon_blend.h"
 
 #include "render/pixels/pixel_rows.h"
+#include "render/pixels/row_converters.h"
+#include "render/pixels/versions.h"
 
 #include <algorithm>
 
@@ -17,78 +20,100 @@ constexpr std::array<std::uint8_t, 101> weightTable = [] {
     return table;
 }();
 
-constexpr std::uint32_t mixChannel(std::uint32_t buffer, std::uint32_t color, std::uint32_t a) {
-    return (buffer * a + color * (128 - a)) >> 7;
+// A pixel as four bytes, 0x??RRGGBB, and back. The highest byte is what is no colour: of 32-bit pixels their
+// own, of 15-bit ones the unused bit.
+
+struct Split15 {
+    using Pixel = std::uint16_t;
+    static constexpr std::uint32_t lowBits = 0x080808; // of each channel
+    static constexpr std::uint32_t apart(std::uint32_t p) {
+        return (p & 0x8000) << 16 | (p << 9 & 0xF80000) | (p << 6 & 0xF800) | (p << 3 & 0xF8);
+    }
+    static constexpr Pixel together(std::uint32_t c) {
+        return static_cast<Pixel>((c >> 16 & 0xFF00) + ((c >> 9 & 0x7C00) | (c >> 6 & 0x03E0) | (c >> 3 & 0x1F)));
+    }
+};
+struct Split16 {
+    using Pixel = std::uint16_t;
+    static constexpr std::uint32_t lowBits = 0x080408;
+    static constexpr std::uint32_t apart(std::uint32_t p) {
+        return (p << 8 & 0xF80000) | (p << 5 & 0xFC00) | (p << 3 & 0xF8);
+    }
+    static constexpr Pixel together(std::uint32_t c) {
+        return static_cast<Pixel>((c >> 8 & 0xF800) | (c >> 5 & 0x07E0) | (c >> 3 & 0x1F));
+    }
+};
+struct Split24 {
+    using Pixel = ColorEntry;
+    static constexpr std::uint32_t lowBits = 0x010101;
+    static constexpr std::uint32_t apart(std::uint32_t p) { return p; }
+    static constexpr std::uint32_t apart(ColorEntry p) { return toRgb32(p); }
+    static constexpr Pixel together(std::uint32_t c) { return fromRgbWord(c); }
+};
+struct Split32 {
+    using Pixel = std::uint32_t;
+    static constexpr std::uint32_t lowBits = 0x010101;
+    static constexpr std::uint32_t apart(std::uint32_t p) { return p; }
+    static constexpr Pixel together(std::uint32_t c) { return c; }
+};
+
+// Two bytes of a pixel in one product each: a byte times 128 stays below the next one.
+constexpr std::uint32_t evenBytes = 0xFF00FF;
+
+constexpr std::uint32_t mix(std::uint32_t pixel, std::uint32_t color, std::uint32_t weight) {
+    const std::uint32_t a = weight & 0xFF, top = weight >> 24;
+    const std::uint32_t redBlue = (pixel & evenBytes) * a + (color & evenBytes) * (128 - a);
+    const std::uint32_t green = (pixel >> 8 & 0xFF) * a + (color >> 8 & 0xFF) * (128 - a);
+    return (redBlue >> 7 & evenBytes) | (green << 1 & 0xFF00) | ((pixel >> 24) * top << 17 & 0xFF000000);
 }
 
-// One pixel of each depth: the colour as it is stored, the half blend and the blend with weight a.
-
-template <std::uint16_t HalfMask, int RedShift, int GreenShift, std::uint32_t GreenMask,
-          std::uint16_t (*Pack)(std::uint32_t, std::uint32_t, std::uint32_t)>
-struct Blend16Bit {
-    using Pixel = std::uint16_t;
-    static Pixel plain(std::uint32_t color) { return static_cast<Pixel>(color); }
-    static Pixel half(Pixel buffer, std::uint32_t color) {
-        return static_cast<Pixel>((buffer >> 1 & HalfMask) + (color >> 1 & HalfMask));
-    }
-    static Pixel mix(Pixel buffer, std::uint32_t color, std::uint32_t a) {
-        return Pack(mixChannel(buffer >> RedShift & 0xF8, color >> RedShift & 0xF8, a),
-                    mixChannel(buffer >> GreenShift & GreenMask, color >> GreenShift & GreenMask, a),
-                    mixChannel(buffer << 3 & 0xFF, color << 3 & 0xFF, a));
-    }
-};
-using Blend15 = Blend16Bit<0x7DEF, 7, 2, 0xF8, toRgb15>;
-using Blend16 = Blend16Bit<0x7BEF, 8, 3, 0xFC, toRgb16>;
-
-struct Blend24 {
-    using Pixel = ColorEntry;
-    static Pixel plain(std::uint32_t color) { return fromRgbWord(color); }
-    static Pixel half(Pixel buffer, std::uint32_t color) {
-        return fromRgbWord((toRgb32(buffer) >> 1 & 0x7F7F7F) + (color >> 1 & 0x7F7F7F));
-    }
-    static Pixel mix(Pixel buffer, std::uint32_t color, std::uint32_t a) {
-        const ColorEntry c = fromRgbWord(color);
-        return {static_cast<std::uint8_t>(mixChannel(buffer.blue, c.blue, a)),
-                static_cast<std::uint8_t>(mixChannel(buffer.green, c.green, a)),
-                static_cast<std::uint8_t>(mixChannel(buffer.red, c.red, a))};
-    }
-};
-
-struct Blend32 {
-    using Pixel = std::uint32_t;
-    static Pixel plain(std::uint32_t color) { return color; }
-    static Pixel half(Pixel buffer, std::uint32_t color) {
-        return (buffer >> 1 & 0x7F7F7F7F) + (color >> 1 & 0x7F7F7F7F);
-    }
-    static Pixel mix(Pixel buffer, std::uint32_t color, std::uint32_t a) {
-        // Red and blue in one product: a channel times 128 stays below the next one.
-        return (mixChannel(buffer & 0xFF00FF, color & 0xFF00FF, a) & 0xFF00FF) |
-               mixChannel(buffer >> 8 & 0xFF, color >> 8 & 0xFF, a) << 8;
-    }
-};
-
-template <class Blend>
-void blendRows(const PixelRows& buffer, const ConstPixelRows& icon, Extent extent, const IconTables& tables) {
-    using Pixel = typename Blend::Pixel;
+template <class Split>
+void blendRows(const PixelRows& buffer, const ConstPixelRows& icon, Extent extent, const BlendTable& table) {
+    using Pixel = typename Split::Pixel;
     for (std::ptrdiff_t y = 0; y < extent.height; ++y) {
         std::uint8_t* out = buffer.data + y * buffer.stride;
         const std::uint8_t* in = icon.data + y * icon.stride;
-        for (std::ptrdiff_t x = 0; x < extent.width; ++x, out += sizeof(Pixel)) {
-            const std::uint8_t a = tables.weight[in[x]];
-            if (a == invisibleWeight)
-                continue;
-            const std::uint32_t color = tables.color[in[x]];
-            if (a == 0)
-                storePixel(out, Blend::plain(color));
-            else if (a == halfWeight)
-                storePixel(out, Blend::half(loadPixel<Pixel>(out), color));
-            else
-                storePixel(out, Blend::mix(loadPixel<Pixel>(out), color, a));
-        }
+        writeRow<Pixel>(out, extent.width, [=, color = table.color.data(),
+                                            weight = table.weight.data()](std::ptrdiff_t x) {
+            const auto before = loadPixel<Pixel>(out + x * static_cast<std::ptrdiff_t>(sizeof(Pixel)));
+            return Split::together(mix(Split::apart(before), color[in[x]], weight[in[x]]));
+        });
     }
 }
 
+// The half blend adds halves, which drop their low bits each: without the colour's own that is the blend with
+// weight 64. What is no colour is kept whole or by half, and else goes.
+template <class Split>
+BlendTable blendTable(const IconTables& tables) {
+    BlendTable table;
+    for (std::size_t i = 0; i < table.color.size(); ++i) {
+        const std::uint32_t a = tables.weight[i];
+        table.color[i] = Split::apart(tables.color[i]) & (a == halfWeight ? ~Split::lowBits : ~0u);
+        table.weight[i] = a * 0x010101 | (a == invisibleWeight || a == halfWeight ? a << 24 : 0);
+    }
+    return table;
+}
+
+template <class Split>
+void blend(BlendLoop loop, const PixelRows& buffer, const ConstPixelRows& icon, Extent extent,
+           const IconTables& tables) {
+    if (std::all_of(tables.weight.begin(), tables.weight.end(), [](std::uint8_t a) { return a == 0; })) {
+        std::array<typename Split::Pixel, 256> pixels;
+        std::transform(tables.color.begin(), tables.color.end(), pixels.begin(),
+                       [](std::uint32_t color) { return Split::together(Split::apart(color)); });
+        return convertGrey8(buffer, icon, extent, pixels.data());
+    }
+    loop(buffer, icon, extent, blendTable<Split>(tables));
+}
+
 } // namespace
+
+void takePlainIconBlend(Versions& versions) {
+    versions.blend15 = blendRows<Split15>;
+    versions.blend16 = blendRows<Split16>;
+    versions.blend24 = blendRows<Split24>;
+    versions.blend32 = blendRows<Split32>;
+}
 
 std::uint8_t iconWeight(std::uint8_t transparency) {
     return weightTable[std::min<std::size_t>(transparency, weightTable.size() - 1)];
@@ -96,15 +121,16 @@ std::uint8_t iconWeight(std::uint8_t transparency) {
 
 void blendIcon(PixelFormat format, const PixelRows& buffer, const ConstPixelRows& icon, Extent extent,
                const IconTables& tables) {
+    const Versions& versions = activeVersions();
     switch (format) {
     case PixelFormat::Rgb15:
-        return blendRows<Blend15>(buffer, icon, extent, tables);
+        return blend<Split15>(versions.blend15, buffer, icon, extent, tables);
     case PixelFormat::Rgb16:
-        return blendRows<Blend16>(buffer, icon, extent, tables);
+        return blend<Split16>(versions.blend16, buffer, icon, extent, tables);
     case PixelFormat::Rgb24:
-        return blendRows<Blend24>(buffer, icon, extent, tables);
+        return blend<Split24>(versions.blend24, buffer, icon, extent, tables);
     case PixelFormat::Rgb32:
-        return blendRows<Blend32>(buffer, icon, extent, tables);
+        return blend<Split32>(versions.blend32, buffer, icon, extent, tables);
     case PixelFormat::Pal8:
     case PixelFormat::Unspecified:
         return;

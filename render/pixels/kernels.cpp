@@ -4,6 +4,7 @@
 #include "render/pixels/kernels.h"
 
 #include "render/pixels/pixel_rows.h"
+#include "render/pixels/versions.h"
 
 #include <vector>
 
@@ -237,6 +238,8 @@ void resampleCentre(const PlaneView& source, const PixelRows& destination, doubl
 }
 
 } // namespace
+
+void takePlainKernels(Versions&) {}
 
 void resampleNearest8(const PlaneView& source, const PixelRows& destination, double scale,
                       const Rect& target) {

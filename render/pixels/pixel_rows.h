@@ -26,14 +26,6 @@ inline void storeFour(std::uint8_t* to, Pixel p0, Pixel p1, Pixel p2, Pixel p3) 
     storePixel(to + 2 * sizeof(Pixel), p2);
     storePixel(to + 3 * sizeof(Pixel), p3);
 }
-// 24-bit pixels leave as two words, at less than half the time of their twelve bytes.
-template <>
-inline void storeFour(std::uint8_t* to, ColorEntry p0, ColorEntry p1, ColorEntry p2, ColorEntry p3) {
-    const std::uint64_t third = toRgb32(p2);
-    storePixel(to, toRgb32(p0) | std::uint64_t{toRgb32(p1)} << 24 | third << 48);
-    storePixel(to + 8, static_cast<std::uint32_t>(third >> 16) | toRgb32(p3) << 8);
-}
-
 // Writes pixelAt(0) to pixelAt(width - 1), four at a time: all four are known before the first is stored, so
 // no load waits for a store that might alias it.
 template <class Pixel, class PixelAt>
@@ -45,6 +37,20 @@ inline void writeRow(std::uint8_t* out, std::ptrdiff_t width, PixelAt pixelAt) {
     }
     for (; x < width; ++x, out += sizeof(Pixel))
         storePixel<Pixel>(out, pixelAt(x));
+}
+
+// The same for 24-bit pixels, which pixelAt gives as words 0x00RRGGBB: four leave as a word of eight bytes and
+// one of four.
+template <class PixelAt>
+inline void writeRow24(std::uint8_t* out, std::ptrdiff_t width, PixelAt pixelAt) {
+    std::ptrdiff_t x = 0;
+    for (; x + 4 <= width; x += 4, out += 12) {
+        const std::uint64_t p0 = pixelAt(x), p1 = pixelAt(x + 1), p2 = pixelAt(x + 2), p3 = pixelAt(x + 3);
+        storePixel(out, p0 | p1 << 24 | p2 << 48);
+        storePixel(out + 8, static_cast<std::uint32_t>(p2 >> 16 | p3 << 8));
+    }
+    for (; x < width; ++x, out += 3)
+        storePixel(out, fromRgbWord(pixelAt(x)));
 }
 
 } // namespace talx

@@ -1,22 +1,97 @@
-// Row converters: table look-ups and packing, each a loop over whole rows.
+// Row converters: table look-ups and packing, each a loop over whole rows. Here are the plain versions.
 #include "render/pixels/row_converters.h"
 
 #include "render/pixels/pixel_rows.h"
+#include "render/pixels/versions.h"
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <type_traits>
 
 namespace talx {
 namespace {
 
+template <class Entry, class PixelAt>
+void writeEntries(std::uint8_t* out, std::ptrdiff_t width, PixelAt pixelAt) {
+    if constexpr (std::is_same_v<Entry, ColorEntry>)
+        writeRow24(out, width, pixelAt);
+    else
+        writeRow<Entry>(out, width, pixelAt);
+}
+
 // The inner loops see only locals: what a lambda holds by reference would be read again after every store.
-template <class Pack>
+template <class Entry>
+void grey8Rows(const PixelRows& destination, const ConstPixelRows& source, Extent extent,
+               const Entry* table) {
+    using Loaded = std::conditional_t<std::is_same_v<Entry, ColorEntry>, std::uint32_t, Entry>;
+    std::array<std::uint32_t, 256> words; // three bytes cannot be loaded at once, four can
+    const Loaded* entries;
+    if constexpr (std::is_same_v<Entry, ColorEntry>) {
+        std::transform(table, table + words.size(), words.begin(), [](ColorEntry e) { return toRgb32(e); });
+        entries = words.data();
+    } else {
+        entries = table;
+    }
+    for (std::ptrdiff_t y = 0; y < extent.height; ++y) {
+        const std::uint8_t* in = source.data + y * source.stride;
+        writeEntries<Entry>(destination.data + y * destination.stride, extent.width,
+                            [=](std::ptrdiff_t x) { return entries[in[x]]; });
+    }
+}
+
+void narrowRow(std::uint8_t* out, const std::uint8_t* in, std::ptrdiff_t width, std::uint32_t mask,
+               int shift) {
+    const auto mask16 = static_cast<std::uint16_t>(mask);
+    for (std::ptrdiff_t x = 0; x < width; ++x) {
+        const auto word = static_cast<std::uint16_t>(loadPixel<std::uint16_t>(in + 2 * x) & mask16);
+        out[x] = static_cast<std::uint8_t>(word >> shift);
+    }
+}
+
+// Entry is the table entry of the format that Pack makes.
+template <class Entry, auto Pack>
 void packRows(const PixelRows& destination, const ConstPixelRows& red, const ConstPixelRows& green,
-              const ConstPixelRows& blue, Extent extent, Pack pack) {
-    using Pixel = decltype(pack(0U, 0U, 0U));
+              const ConstPixelRows& blue, Extent extent) {
     for (std::ptrdiff_t y = 0; y < extent.height; ++y) {
         const std::uint8_t* r = red.data + y * red.stride;
         const std::uint8_t* g = green.data + y * green.stride;
         const std::uint8_t* b = blue.data + y * blue.stride;
-        writeRow<Pixel>(destination.data + y * destination.stride, extent.width,
-                        [=](std::ptrdiff_t x) { return pack(r[x], g[x], b[x]); });
+        writeEntries<Entry>(destination.data + y * destination.stride, extent.width,
+                            [=](std::ptrdiff_t x) { return Pack(r[x], g[x], b[x]); });
+    }
+}
+constexpr auto pack15 = [](std::uint32_t r, std::uint32_t g, std::uint32_t b) {
+    return toRgb15(r, g, b);
+};
+constexpr auto pack16 = [](std::uint32_t r, std::uint32_t g, std::uint32_t b) {
+    return toRgb16(r, g, b);
+};
+constexpr auto pack32 = [](std::uint32_t r, std::uint32_t g, std::uint32_t b) {
+    return toRgb32(r, g, b);
+};
+
+template <class Entry>
+Grey8Loop<Entry> grey8Loop() {
+    const Versions& versions = activeVersions();
+    if constexpr (std::is_same_v<Entry, std::uint8_t>)
+        return versions.grey8To8;
+    else if constexpr (std::is_same_v<Entry, std::uint16_t>)
+        return versions.grey8To16;
+    else if constexpr (std::is_same_v<Entry, ColorEntry>)
+        return versions.grey8To24;
+    else
+        return versions.grey8To32;
+}
+
+// An entry of a large table, 24-bit ones as words.
+template <class Entry>
+auto loadEntry(const Entry* entry) {
+    if constexpr (std::is_same_v<Entry, ColorEntry>) {
+        const auto* bytes = reinterpret_cast<const std::uint8_t*>(entry);
+        return loadPixel<std::uint16_t>(bytes) | std::uint32_t{bytes[2]} << 16;
+    } else {
+        return *entry;
     }
 }
 
@@ -26,8 +101,75 @@ Word choose(bool chooseFirst, Word first, Word second) {
     const auto keep = static_cast<Word>(-static_cast<int>(chooseFirst));
     return static_cast<Word>(second ^ ((first ^ second) & keep));
 }
-ColorEntry choose(bool chooseFirst, ColorEntry first, ColorEntry second) {
-    return fromRgbWord(choose(chooseFirst, toRgb32(first), toRgb32(second)));
+
+// Where the mask is 0 the pixel becomes maskPixel.
+template <class Entry>
+void hide(std::uint8_t* out, const std::uint8_t* visible, std::ptrdiff_t width, Entry maskPixel) {
+    if constexpr (std::is_same_v<Entry, ColorEntry>) {
+        const std::uint32_t word = toRgb32(maskPixel);
+        writeRow24(out, width, [=](std::ptrdiff_t x) {
+            return choose(visible[x] != 0, loadEntry(reinterpret_cast<const ColorEntry*>(out + 3 * x)), word);
+        });
+    } else {
+        for (std::ptrdiff_t x = 0; x < width; ++x) {
+            std::uint8_t* pixel = out + x * static_cast<std::ptrdiff_t>(sizeof(Entry));
+            storePixel(pixel, choose(visible[x] != 0, loadPixel<Entry>(pixel), maskPixel));
+        }
+    }
+}
+
+// Whether a table's entries come in 256 runs of equal ones, as those of a grey ramp do: then 8 bits of a value
+// tell its entry, and 256 entries stay in the fastest memory where a large table would not. Asked only for
+// drawings so large that looking through the table costs next to nothing.
+template <class Entry>
+bool hasRuns(const Entry* table, std::uint32_t maxValue, Extent extent) {
+    const std::size_t size = maxValue + std::size_t{1};
+    const std::int64_t pixels = std::int64_t{extent.width} * extent.height;
+    if (extent.empty() || !std::has_single_bit(size) || size < 256 ||
+        pixels < static_cast<std::int64_t>(4 * size))
+        return false;
+    const std::size_t repeated = (size / 256 - 1) * sizeof(Entry); // bytes after a run's first entry
+    for (std::size_t first = 0; first < size; first += size / 256) {
+        const auto* bytes = reinterpret_cast<const std::uint8_t*>(table + first);
+        std::uint8_t difference = 0;
+        for (std::size_t i = 0; i < repeated; ++i)
+            difference |= bytes[i] ^ bytes[i + sizeof(Entry)];
+        if (difference != 0)
+            return false;
+    }
+    return true;
+}
+
+// 16-bit values through a table that has runs, a tile at a time. Calls hideTile(out, x, y, its extent) for
+// each of them while it is in the caches.
+template <class Entry, class HideTile>
+void convertTiles(const PixelRows& destination, const ConstPixelRows& source, Extent extent,
+                  const Entry* table, std::uint32_t maxValue, HideTile hideTile) {
+    constexpr std::int32_t tilePixels = 8192;
+    std::array<std::uint8_t, tilePixels> narrowed;
+    std::array<Entry, 256> levels;
+    const std::size_t run = (maxValue + std::size_t{1}) / levels.size();
+    for (std::size_t level = 0; level < levels.size(); ++level)
+        levels[level] = table[level * run];
+    const NarrowLoop narrow = activeVersions().narrow;
+    const auto convert = grey8Loop<Entry>();
+
+    const std::int32_t width = std::min(extent.width, tilePixels);
+    const std::int32_t height = tilePixels / width;
+    for (std::int32_t y = 0; y < extent.height; y += height) {
+        for (std::int32_t x = 0; x < extent.width; x += width) {
+            const Extent tile{std::min(width, extent.width - x), std::min(height, extent.height - y)};
+            for (std::ptrdiff_t row = 0; row < tile.height; ++row) {
+                narrow(&narrowed[static_cast<std::size_t>(row * tile.width)],
+                       source.data + (y + row) * source.stride + 2 * std::ptrdiff_t{x}, tile.width, maxValue,
+                       std::countr_zero(run));
+            }
+            const auto column = static_cast<std::ptrdiff_t>(x * sizeof(Entry));
+            const PixelRows out{destination.data + y * destination.stride + column, destination.stride};
+            convert(out, {narrowed.data(), tile.width}, tile, levels.data());
+            hideTile(out, x, y, tile);
+        }
+    }
 }
 
 // A byte of the mask colour as the 16-bit arithmetic takes it: sign-extended.
@@ -37,23 +179,35 @@ std::int32_t signedByte(std::uint32_t word, int shift) {
 
 } // namespace
 
+void takePlainRowConverters(Versions& versions) {
+    versions.grey8To8 = grey8Rows<std::uint8_t>;
+    versions.grey8To16 = grey8Rows<std::uint16_t>;
+    versions.grey8To24 = grey8Rows<ColorEntry>;
+    versions.grey8To32 = grey8Rows<std::uint32_t>;
+    versions.narrow = narrowRow;
+    versions.colorTo15 = packRows<std::uint16_t, pack15>;
+    versions.colorTo16 = packRows<std::uint16_t, pack16>;
+    versions.colorTo24 = packRows<ColorEntry, pack32>;
+    versions.colorTo32 = packRows<std::uint32_t, pack32>;
+}
+
 template <class Entry>
 void convertGrey8(const PixelRows& destination, const ConstPixelRows& source, Extent extent,
                   const Entry* table) {
-    for (std::ptrdiff_t y = 0; y < extent.height; ++y) {
-        const std::uint8_t* in = source.data + y * source.stride;
-        writeRow<Entry>(destination.data + y * destination.stride, extent.width,
-                        [=](std::ptrdiff_t x) { return table[in[x]]; });
-    }
+    grey8Loop<Entry>()(destination, source, extent, table);
 }
 
 template <class Entry>
 void convertGrey16(const PixelRows& destination, const ConstPixelRows& source, Extent extent,
                    const Entry* table, std::uint32_t maxValue) {
+    if (hasRuns(table, maxValue, extent)) {
+        return convertTiles(destination, source, extent, table, maxValue,
+                            [](const PixelRows&, std::int32_t, std::int32_t, Extent) {});
+    }
     for (std::ptrdiff_t y = 0; y < extent.height; ++y) {
         const std::uint8_t* in = source.data + y * source.stride;
-        writeRow<Entry>(destination.data + y * destination.stride, extent.width, [=](std::ptrdiff_t x) {
-            return table[loadPixel<std::uint16_t>(in + 2 * x) & maxValue];
+        writeEntries<Entry>(destination.data + y * destination.stride, extent.width, [=](std::ptrdiff_t x) {
+            return loadEntry(table + (loadPixel<std::uint16_t>(in + 2 * x) & maxValue));
         });
     }
 }
@@ -62,12 +216,21 @@ template <class Entry>
 void convertMaskedRange16(const PixelRows& destination, const ConstPixelRows& source,
                           const ConstPixelRows& mask, Extent extent, const Entry* table,
                           std::uint32_t maxValue, Entry maskPixel) {
+    if (hasRuns(table, maxValue, extent)) {
+        const auto hideTile = [&](const PixelRows& out, std::int32_t x, std::int32_t y, Extent tile) {
+            for (std::ptrdiff_t row = 0; row < tile.height; ++row)
+                hide(out.data + row * out.stride, mask.data + (y + row) * mask.stride + x, tile.width,
+                     maskPixel);
+        };
+        return convertTiles(destination, source, extent, table, maxValue, hideTile);
+    }
+    const auto hidden = loadEntry(&maskPixel);
     for (std::ptrdiff_t y = 0; y < extent.height; ++y) {
         const std::uint8_t* in = source.data + y * source.stride;
         const std::uint8_t* visible = mask.data + y * mask.stride;
-        writeRow<Entry>(destination.data + y * destination.stride, extent.width, [=](std::ptrdiff_t x) {
-            const Entry shown = table[loadPixel<std::uint16_t>(in + 2 * x) & maxValue];
-            return choose(visible[x] != 0, shown, maskPixel);
+        writeEntries<Entry>(destination.data + y * destination.stride, extent.width, [=](std::ptrdiff_t x) {
+            const auto shown = loadEntry(table + (loadPixel<std::uint16_t>(in + 2 * x) & maxValue));
+            return choose(visible[x] != 0, shown, hidden);
         });
     }
 }
@@ -93,19 +256,16 @@ template void convertMaskedRange16(const PixelRows&, const ConstPixelRows&, cons
 
 void convertColor(PixelFormat format, const PixelRows& destination, const ConstPixelRows& red,
                   const ConstPixelRows& green, const ConstPixelRows& blue, Extent extent) {
-    using U32 = std::uint32_t;
-    const auto pack = [&](auto pixel) {
-        packRows(destination, red, green, blue, extent, pixel);
-    };
+    const Versions& versions = activeVersions();
     switch (format) {
     case PixelFormat::Rgb15:
-        return pack([](U32 r, U32 g, U32 b) { return toRgb15(r, g, b); });
+        return versions.colorTo15(destination, red, green, blue, extent);
     case PixelFormat::Rgb16:
-        return pack([](U32 r, U32 g, U32 b) { return toRgb16(r, g, b); });
+        return versions.colorTo16(destination, red, green, blue, extent);
     case PixelFormat::Rgb24:
-        return pack([](U32 r, U32 g, U32 b) { return fromRgbWord(toRgb32(r, g, b)); });
+        return versions.colorTo24(destination, red, green, blue, extent);
     case PixelFormat::Rgb32:
-        return pack([](U32 r, U32 g, U32 b) { return toRgb32(r, g, b); });
+        return versions.colorTo32(destination, red, green, blue, extent);
     case PixelFormat::Pal8:
     case PixelFormat::Unspecified:
         return;

@@ -1,0 +1,5 @@
+#include "render/pixels/versions.h"
+namespace talx { void takeAvx2RowConverters(Versions&){} 
+void takeAvx2IconBlend(Versions&){}
+void takeAvx2Kernels(Versions&){}
+}

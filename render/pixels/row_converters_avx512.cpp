@@ -1,0 +1,185 @@
+// Row converters for AVX-512 with byte permutes: 64 pixels at a time, tables of 256 entries in registers.
+#include "render/pixels/avx512.h"
+
+namespace talx {
+namespace {
+
+// Calls step(x, count) for every 64 pixels of a row; count is below 64 for the last ones only.
+#define TALX_EACH_64(x, count, width)                                                                        \
+    for (std::ptrdiff_t x = 0, count = (width) < 64 ? (width) : 64; x < (width);                             \
+         x += 64, count = (width)-x < 64 ? (width)-x : 64)
+
+// The bytes of 24-bit pixels out of planes: byte t of the row is channel t % 3 of pixel t / 3. Blue and green
+// are picked from one pair of registers, in which green's indices start at 64; red is picked over them.
+struct PackOrder {
+    alignas(64) std::uint8_t blueGreen[3][64];
+    alignas(64) std::uint8_t red[3][64];
+    std::uint64_t redPlaces[3];
+};
+constexpr PackOrder packOrder = [] {
+    PackOrder order{};
+    for (int t = 0; t < 192; ++t) {
+        const int channel = t % 3;
+        order.blueGreen[t / 64][t % 64] = static_cast<std::uint8_t>(t / 3 + (channel == 1 ? 64 : 0));
+        order.red[t / 64][t % 64] = static_cast<std::uint8_t>(t / 3);
+        if (channel == 2)
+            order.redPlaces[t / 64] |= std::uint64_t{1} << t % 64;
+    }
+    return order;
+}();
+
+TALX_AVX512_INLINE void store24(std::uint8_t* out, __m512i blue, __m512i green, __m512i red,
+                                std::ptrdiff_t pixels) {
+    for (int i = 0; i < 3; ++i) {
+        const __m512i blueGreen =
+            _mm512_permutex2var_epi8(blue, _mm512_load_si512(packOrder.blueGreen[i]), green);
+        const __m512i all = _mm512_mask_permutexvar_epi8(blueGreen, packOrder.redPlaces[i],
+                                                         _mm512_load_si512(packOrder.red[i]), red);
+        storePart(out + 64 * i, all, 3 * pixels - 64 * i);
+    }
+}
+
+// From planes in the order of spreadForWords().
+TALX_AVX512_INLINE void store32(std::uint8_t* out, __m512i b0, __m512i b1, __m512i b2, __m512i b3,
+                                std::ptrdiff_t pixels) {
+    __m512i words[4];
+    interleave(b0, b1, b2, b3, words);
+    for (int i = 0; i < 4; ++i)
+        storePart(out + 64 * i, words[i], 4 * pixels - 64 * i);
+}
+
+// 64 bytes in the order in which unpacking them once within 16-byte lanes puts each into its place.
+TALX_AVX512_INLINE __m512i spreadForHalves(__m512i bytes) {
+    return _mm512_permutexvar_epi64(_mm512_setr_epi64(0, 4, 1, 5, 2, 6, 3, 7), bytes);
+}
+TALX_AVX512_INLINE void store16(std::uint8_t* out, __m512i low, __m512i high, std::ptrdiff_t pixels) {
+    storePart(out, _mm512_unpacklo_epi8(low, high), 2 * pixels);
+    storePart(out + 64, _mm512_unpackhi_epi8(low, high), 2 * pixels - 64);
+}
+
+TALX_AVX512 void grey8To8(const PixelRows& destination, const ConstPixelRows& source, Extent extent,
+                          const std::uint8_t* table) {
+    BytePlane plane;
+    for (int i = 0; i < 4; ++i)
+        plane.part[i] = _mm512_loadu_si512(table + 64 * i);
+    for (std::ptrdiff_t y = 0; y < extent.height; ++y) {
+        std::uint8_t* const out = destination.data + y * destination.stride;
+        const std::uint8_t* const in = source.data + y * source.stride;
+        TALX_EACH_64(x, count, extent.width) {
+            const __m512i indices = loadPart(in + x, count);
+            storePart(out + x, lookUp(plane, indices, _mm512_movepi8_mask(indices)), count);
+        }
+    }
+}
+
+TALX_AVX512 void grey8To16(const PixelRows& destination, const ConstPixelRows& source, Extent extent,
+                           const std::uint16_t* table) {
+    BytePlane low, high;
+    for (int i = 0; i < 4; ++i) {
+        const __m512i first = _mm512_loadu_si512(table + 64 * i);
+        const __m512i second = _mm512_loadu_si512(table + 64 * i + 32);
+        low.part[i] = _mm512_inserti64x4(_mm512_castsi256_si512(_mm512_cvtepi16_epi8(first)),
+                                         _mm512_cvtepi16_epi8(second), 1);
+        high.part[i] =
+            _mm512_inserti64x4(_mm512_castsi256_si512(_mm512_cvtepi16_epi8(_mm512_srli_epi16(first, 8))),
+                               _mm512_cvtepi16_epi8(_mm512_srli_epi16(second, 8)), 1);
+    }
+    for (std::ptrdiff_t y = 0; y < extent.height; ++y) {
+        std::uint8_t* const out = destination.data + y * destination.stride;
+        const std::uint8_t* const in = source.data + y * source.stride;
+        TALX_EACH_64(x, count, extent.width) {
+            const __m512i indices = spreadForHalves(loadPart(in + x, count));
+            const __mmask64 upper = _mm512_movepi8_mask(indices);
+            store16(out + 2 * x, lookUp(low, indices, upper), lookUp(high, indices, upper), count);
+        }
+    }
+}
+
+TALX_AVX512 void grey8To24(const PixelRows& destination, const ConstPixelRows& source, Extent extent,
+                           const ColorEntry* table) {
+    std::uint32_t words[256];
+    for (int i = 0; i < 256; ++i)
+        words[i] = toRgb32(table[i]);
+    const BytePlane blue = planeOf<0>(words), green = planeOf<1>(words), red = planeOf<2>(words);
+    for (std::ptrdiff_t y = 0; y < extent.height; ++y) {
+        std::uint8_t* const out = destination.data + y * destination.stride;
+        const std::uint8_t* const in = source.data + y * source.stride;
+        TALX_EACH_64(x, count, extent.width) {
+            const __m512i indices = loadPart(in + x, count);
+            const __mmask64 upper = _mm512_movepi8_mask(indices);
+            store24(out + 3 * x, lookUp(blue, indices, upper), lookUp(green, indices, upper),
+                    lookUp(red, indices, upper), count);
+        }
+    }
+}
+
+TALX_AVX512 void grey8To32(const PixelRows& destination, const ConstPixelRows& source, Extent extent,
+                           const std::uint32_t* table) {
+    const BytePlane blue = planeOf<0>(table), green = planeOf<1>(table), red = planeOf<2>(table),
+                    top = planeOf<3>(table);
+    for (std::ptrdiff_t y = 0; y < extent.height; ++y) {
+        std::uint8_t* const out = destination.data + y * destination.stride;
+        const std::uint8_t* const in = source.data + y * source.stride;
+        TALX_EACH_64(x, count, extent.width) {
+            const __m512i indices = spreadForWords(loadPart(in + x, count));
+            const __mmask64 upper = _mm512_movepi8_mask(indices);
+            store32(out + 4 * x, lookUp(blue, indices, upper), lookUp(green, indices, upper),
+                    lookUp(red, indices, upper), lookUp(top, indices, upper), count);
+        }
+    }
+}
+
+enum class Layout { Bits15, Bits16, Bits24, Bits32 };
+
+// Bytes shifted within themselves, then cut out by a mask.
+TALX_AVX512_INLINE __m512i shiftedLeft(__m512i bytes, int count, int mask) {
+    return _mm512_and_si512(_mm512_slli_epi16(bytes, count), _mm512_set1_epi8(static_cast<char>(mask)));
+}
+TALX_AVX512_INLINE __m512i shiftedRight(__m512i bytes, int count, int mask) {
+    return _mm512_and_si512(_mm512_srli_epi16(bytes, count), _mm512_set1_epi8(static_cast<char>(mask)));
+}
+
+template <Layout To>
+TALX_AVX512 void packRows(const PixelRows& destination, const ConstPixelRows& redRows,
+                          const ConstPixelRows& greenRows, const ConstPixelRows& blueRows, Extent extent) {
+    for (std::ptrdiff_t y = 0; y < extent.height; ++y) {
+        std::uint8_t* const out = destination.data + y * destination.stride;
+        const std::uint8_t* const r = redRows.data + y * redRows.stride;
+        const std::uint8_t* const g = greenRows.data + y * greenRows.stride;
+        const std::uint8_t* const b = blueRows.data + y * blueRows.stride;
+        TALX_EACH_64(x, count, extent.width) {
+            const __m512i red = loadPart(r + x, count), green = loadPart(g + x, count),
+                          blue = loadPart(b + x, count);
+            if constexpr (To == Layout::Bits24) {
+                store24(out + 3 * x, blue, green, red, count);
+            } else if constexpr (To == Layout::Bits32) {
+                store32(out + 4 * x, spreadForWords(blue), spreadForWords(green), spreadForWords(red),
+                        _mm512_setzero_si512(), count);
+            } else {
+                constexpr bool wideGreen = To == Layout::Bits16;
+                const __m512i low = _mm512_or_si512(shiftedLeft(green, wideGreen ? 3 : 2, 0xE0),
+                                                    shiftedRight(blue, 3, 0x1F));
+                const __m512i high = wideGreen ? _mm512_or_si512(shiftedRight(red, 0, 0xF8),
+                                                                 shiftedRight(green, 5, 0x07))
+                                               : _mm512_or_si512(shiftedRight(red, 1, 0x7C),
+                                                                 shiftedRight(green, 6, 0x03));
+                store16(out + 2 * x, spreadForHalves(low), spreadForHalves(high), count);
+            }
+        }
+    }
+}
+
+} // namespace
+
+void takeAvx512RowConverters(Versions& versions) {
+    versions.grey8To8 = grey8To8;
+    versions.grey8To16 = grey8To16;
+    versions.grey8To24 = grey8To24;
+    versions.grey8To32 = grey8To32;
+    versions.colorTo15 = packRows<Layout::Bits15>;
+    versions.colorTo16 = packRows<Layout::Bits16>;
+    versions.colorTo24 = packRows<Layout::Bits24>;
+    versions.colorTo32 = packRows<Layout::Bits32>;
+}
+
+} // namespace talx

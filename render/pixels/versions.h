@@ -1,0 +1,86 @@
+// The versions of the pixel code: every inner loop is there for any processor and, where that pays, again for
+// an instruction set, in a file of its own that is named after it. What the processor can do is asked once,
+// when the program is loaded; a drawing function then takes its loop from activeVersions().
+//
+// All versions of a loop write the same bytes, at any address and to any extent: a side below 1 writes nothing.
+#pragma once
+
+#include "render/pixels/pixel_format.h"
+
+#include <array>
+#include <vector>
+
+namespace talx {
+
+enum class InstructionSet {
+    Plain,
+    Avx2,
+    Avx512, // with byte permutes: F, BW, VL, VBMI
+};
+
+// destination = table[source] with 256 entries.
+template <class Entry>
+using Grey8Loop = void (*)(const PixelRows&, const ConstPixelRows& source, Extent, const Entry* table);
+
+using ColorLoop = void (*)(const PixelRows&, const ConstPixelRows& red, const ConstPixelRows& green,
+                           const ConstPixelRows& blue, Extent);
+
+// out[x] = the low byte of (the 16-bit word x of in & mask) >> shift, for one row.
+using NarrowLoop = void (*)(std::uint8_t* out, const std::uint8_t* in, std::ptrdiff_t width,
+                            std::uint32_t mask, int shift);
+
+// What each index of an icon does to a pixel that was taken apart into four bytes, blue in the lowest and
+// what a format has beside its colours in the highest: byte k becomes
+// (byte * weight + colour * (128 - weight)) >> 7 with the k-th bytes of both entries.
+struct BlendTable {
+    std::array<std::uint32_t, 256> color;
+    std::array<std::uint32_t, 256> weight; // 0 to 128 in each byte, the three lower ones alike
+};
+using BlendLoop = void (*)(const PixelRows&, const ConstPixelRows& icon, Extent, const BlendTable&);
+
+// How to pick the pixels of a row: some of a source row's, in steps that are the same in every row.
+struct SamplePlan {
+    std::vector<std::uint8_t> steps; // as the version that made it understands them
+    std::ptrdiff_t rowBytes = 0;     // to write
+    int kind = 0;
+};
+struct SampleLoops {
+    // Plans destination pixel x to show source pixel columns[x], each inside the source. False when this
+    // version does not serve: then each pixel is picked by itself. Throws std::bad_alloc.
+    bool (*plan)(SamplePlan&, const std::vector<std::int32_t>& columns, std::int32_t sourceWidth,
+                 int bytesPerPixel);
+    void (*row)(std::uint8_t* out, const std::uint8_t* in, const SamplePlan&);
+};
+
+struct Versions {
+    Grey8Loop<std::uint8_t> grey8To8;
+    Grey8Loop<std::uint16_t> grey8To16;
+    Grey8Loop<ColorEntry> grey8To24;
+    Grey8Loop<std::uint32_t> grey8To32;
+    NarrowLoop narrow;
+    ColorLoop colorTo15, colorTo16, colorTo24, colorTo32;
+    BlendLoop blend15, blend16, blend24, blend32;
+    SampleLoops sample;
+};
+
+[[nodiscard]] const Versions& activeVersions();
+
+// The most that this processor can do and this build has loops for.
+[[nodiscard]] InstructionSet bestInstructionSet();
+
+// From now on no loop needs more than this instruction set. Not while anything is drawn: for tests and
+// measurements.
+void limitInstructionSet(InstructionSet);
+
+// What versions.cpp puts together: each replaces the loops that it has something better for.
+void takePlainRowConverters(Versions&);
+void takePlainIconBlend(Versions&);
+void takePlainKernels(Versions&);
+void takeAvx2RowConverters(Versions&);
+void takeAvx2IconBlend(Versions&);
+void takeAvx2Kernels(Versions&);
+void takeAvx512RowConverters(Versions&);
+void takeAvx512IconBlend(Versions&);
+void takeAvx512Kernels(Versions&);
+
+} // namespace talx
