@@ -1,5 +1,5 @@
-// What the AVX-512 versions share. Everything here is inlined into functions of this instruction set and takes
-// part in no other code.
+// What the AVX-512 versions share. Everything here is inlined into functions of this instruction set and
+// takes part in no other code.
 #pragma once
 
 #include "render/pixels/versions.h"
@@ -52,9 +52,9 @@ template <int Byte>
 TALX_AVX512_INLINE BytePlane planeOf(const std::uint32_t* entries) {
     BytePlane plane;
     for (int i = 0; i < 4; ++i) {
-        const __m512i words[4] = {_mm512_loadu_si512(entries + 64 * i), _mm512_loadu_si512(entries + 64 * i + 16),
-                                  _mm512_loadu_si512(entries + 64 * i + 32),
-                                  _mm512_loadu_si512(entries + 64 * i + 48)};
+        const __m512i words[4] = {
+            _mm512_loadu_si512(entries + 64 * i), _mm512_loadu_si512(entries + 64 * i + 16),
+            _mm512_loadu_si512(entries + 64 * i + 32), _mm512_loadu_si512(entries + 64 * i + 48)};
         plane.part[i] = byteOf<Byte>(words);
     }
     return plane;
@@ -72,8 +72,8 @@ TALX_AVX512_INLINE void interleave(__m512i b0, __m512i b1, __m512i b2, __m512i b
 }
 // 64 bytes in the order in which unpacking them twice within 16-byte lanes puts each into its place.
 TALX_AVX512_INLINE __m512i spreadForWords(__m512i bytes) {
-    return _mm512_permutexvar_epi32(
-        _mm512_setr_epi32(0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15), bytes);
+    return _mm512_permutexvar_epi32(_mm512_setr_epi32(0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15),
+                                    bytes);
 }
 
 } // namespace

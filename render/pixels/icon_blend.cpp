@@ -1,5 +1,5 @@
-// Icon blending: what every depth has in common is one formula for four bytes of a pixel; the depths differ in
-// how a pixel is taken apart and put together. Here are the plain versions.
+// Icon blending: what every depth has in common is one formula for four bytes of a pixel; the depths differ
+// in how a pixel is taken apart and put together. Here are the plain versions.
 #include "render/pixels/icon_blend.h"
 
 #include "render/pixels/pixel_rows.h"
@@ -30,7 +30,8 @@ struct Split15 {
         return (p & 0x8000) << 16 | (p << 9 & 0xF80000) | (p << 6 & 0xF800) | (p << 3 & 0xF8);
     }
     static constexpr Pixel together(std::uint32_t c) {
-        return static_cast<Pixel>((c >> 16 & 0xFF00) + ((c >> 9 & 0x7C00) | (c >> 6 & 0x03E0) | (c >> 3 & 0x1F)));
+        return static_cast<Pixel>((c >> 16 & 0xFF00) +
+                                  ((c >> 9 & 0x7C00) | (c >> 6 & 0x03E0) | (c >> 3 & 0x1F)));
     }
 };
 struct Split16 {
@@ -73,11 +74,12 @@ void blendRows(const PixelRows& buffer, const ConstPixelRows& icon, Extent exten
     for (std::ptrdiff_t y = 0; y < extent.height; ++y) {
         std::uint8_t* out = buffer.data + y * buffer.stride;
         const std::uint8_t* in = icon.data + y * icon.stride;
-        writeRow<Pixel>(out, extent.width, [=, color = table.color.data(),
-                                            weight = table.weight.data()](std::ptrdiff_t x) {
-            const auto before = loadPixel<Pixel>(out + x * static_cast<std::ptrdiff_t>(sizeof(Pixel)));
-            return Split::together(mix(Split::apart(before), color[in[x]], weight[in[x]]));
-        });
+        writeRow<Pixel>(out, extent.width,
+                        [=, color = table.color.data(), weight = table.weight.data()](std::ptrdiff_t x) {
+                            const auto before =
+                                loadPixel<Pixel>(out + x * static_cast<std::ptrdiff_t>(sizeof(Pixel)));
+                            return Split::together(mix(Split::apart(before), color[in[x]], weight[in[x]]));
+                        });
     }
 }
 

@@ -39,8 +39,8 @@ inline void writeRow(std::uint8_t* out, std::ptrdiff_t width, PixelAt pixelAt) {
         storePixel<Pixel>(out, pixelAt(x));
 }
 
-// The same for 24-bit pixels, which pixelAt gives as words 0x00RRGGBB: four leave as a word of eight bytes and
-// one of four.
+// The same for 24-bit pixels, which pixelAt gives as words 0x00RRGGBB: four leave as a word of eight bytes
+// and one of four.
 template <class PixelAt>
 inline void writeRow24(std::uint8_t* out, std::ptrdiff_t width, PixelAt pixelAt) {
     std::ptrdiff_t x = 0;

@@ -118,9 +118,9 @@ void hide(std::uint8_t* out, const std::uint8_t* visible, std::ptrdiff_t width, 
     }
 }
 
-// Whether a table's entries come in 256 runs of equal ones, as those of a grey ramp do: then 8 bits of a value
-// tell its entry, and 256 entries stay in the fastest memory where a large table would not. Asked only for
-// drawings so large that looking through the table costs next to nothing.
+// Whether a table's entries come in 256 runs of equal ones, as those of a grey ramp do: then 8 bits of a
+// value tell its entry, and 256 entries stay in the fastest memory where a large table would not. Asked only
+// for drawings so large that looking through the table costs next to nothing.
 template <class Entry>
 bool hasRuns(const Entry* table, std::uint32_t maxValue, Extent extent) {
     const std::size_t size = maxValue + std::size_t{1};

@@ -1,5 +1,6 @@
 #include "render/pixels/versions.h"
-namespace talx { void takeAvx2RowConverters(Versions&){} 
-void takeAvx2IconBlend(Versions&){}
-void takeAvx2Kernels(Versions&){}
-}
+namespace talx {
+void takeAvx2RowConverters(Versions&) {}
+void takeAvx2IconBlend(Versions&) {}
+void takeAvx2Kernels(Versions&) {}
+} // namespace talx

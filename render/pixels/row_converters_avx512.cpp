@@ -157,12 +157,11 @@ TALX_AVX512 void packRows(const PixelRows& destination, const ConstPixelRows& re
                         _mm512_setzero_si512(), count);
             } else {
                 constexpr bool wideGreen = To == Layout::Bits16;
-                const __m512i low = _mm512_or_si512(shiftedLeft(green, wideGreen ? 3 : 2, 0xE0),
-                                                    shiftedRight(blue, 3, 0x1F));
-                const __m512i high = wideGreen ? _mm512_or_si512(shiftedRight(red, 0, 0xF8),
-                                                                 shiftedRight(green, 5, 0x07))
-                                               : _mm512_or_si512(shiftedRight(red, 1, 0x7C),
-                                                                 shiftedRight(green, 6, 0x03));
+                const __m512i low =
+                    _mm512_or_si512(shiftedLeft(green, wideGreen ? 3 : 2, 0xE0), shiftedRight(blue, 3, 0x1F));
+                const __m512i high =
+                    wideGreen ? _mm512_or_si512(shiftedRight(red, 0, 0xF8), shiftedRight(green, 5, 0x07))
+                              : _mm512_or_si512(shiftedRight(red, 1, 0x7C), shiftedRight(green, 6, 0x03));
                 store16(out + 2 * x, spreadForHalves(low), spreadForHalves(high), count);
             }
         }

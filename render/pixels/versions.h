@@ -2,7 +2,8 @@
 // an instruction set, in a file of its own that is named after it. What the processor can do is asked once,
 // when the program is loaded; a drawing function then takes its loop from activeVersions().
 //
-// All versions of a loop write the same bytes, at any address and to any extent: a side below 1 writes nothing.
+// All versions of a loop write the same bytes, at any address and to any extent: a side below 1 writes
+// nothing.
 #pragma once
 
 #include "render/pixels/pixel_format.h"
