@@ -185,6 +185,5 @@ void takeAvx512IconBlend(Versions& versions) {
     versions.blend24 = blendRows<Pixels24>;
     versions.blend32 = blendRows<Pixels32>;
 }
-void takeAvx512Kernels(Versions&) {}
 
 } // namespace talx

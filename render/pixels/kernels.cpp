@@ -74,6 +74,37 @@ private:
     std::int32_t sourceSize_;
 };
 
+// Picks the pixels of rows, each time the same ones, by a version that serves where there are rows enough.
+template <class Pixel>
+class RowSampler {
+public:
+    // None of the columns lies outside the source row.
+    RowSampler(std::vector<std::int32_t> columns, std::int32_t sourceWidth, std::int64_t rows)
+        : columns_(std::move(columns)) {
+        constexpr std::int64_t fewRows = 8;
+        if (rows < fewRows)
+            return;
+        for (const SamplePlanner planner : activeVersions().samplePlanners) {
+            if (planner && planner(plan_, columns_, sourceWidth, sizeof(Pixel)))
+                return;
+        }
+    }
+
+    [[nodiscard]] bool planned() const { return plan_.loop != nullptr; }
+    void operator()(std::uint8_t* out, const std::uint8_t* in) const {
+        if (planned())
+            return plan_.loop(out, in, plan_);
+        const auto width = static_cast<std::ptrdiff_t>(columns_.size());
+        writeRow<Pixel>(out, width, [in, column = columns_.data()](std::ptrdiff_t x) {
+            return loadPixel<Pixel>(in + column[x] * static_cast<std::ptrdiff_t>(sizeof(Pixel)));
+        });
+    }
+
+private:
+    std::vector<std::int32_t> columns_;
+    SamplePlan plan_;
+};
+
 template <class Pixel, class Walk>
 void resampleRows(const PlaneView& source, const PixelRows& destination, const Rect& target, Walk columnWalk,
                   Walk rowWalk) {
@@ -81,6 +112,7 @@ void resampleRows(const PlaneView& source, const PixelRows& destination, const R
     std::vector<std::int32_t> columns(static_cast<std::size_t>(width));
     for (std::int32_t& column : columns)
         column = static_cast<std::int32_t>(columnWalk.next());
+    const RowSampler<Pixel> sample(std::move(columns), source.extent.width, target.height());
 
     std::int64_t shownRow = -1;
     for (std::int64_t y = 0; y < target.height(); ++y) {
@@ -91,11 +123,7 @@ void resampleRows(const PlaneView& source, const PixelRows& destination, const R
             continue;
         }
         shownRow = row;
-        const std::uint8_t* in = source.data + row * source.stride;
-        const std::int32_t* column = columns.data();
-        writeRow<Pixel>(out, width, [=](std::ptrdiff_t x) {
-            return loadPixel<Pixel>(in + std::ptrdiff_t{column[x]} * sizeof(Pixel));
-        });
+        sample(out, source.data + row * source.stride);
     }
 }
 
@@ -182,6 +210,19 @@ void fillPixels(std::uint8_t* out, std::int64_t count, Pixel pixel) {
     writeRow<Pixel>(out, count, [=](std::ptrdiff_t) { return pixel; });
 }
 
+// A version that picks the inner pixels of a row out of its run, if one serves.
+template <class Pixel>
+RowSampler<Pixel> centreSampler(const CentreRun& run, std::int64_t inner, std::int64_t rows) {
+    std::vector<std::int32_t> columns;
+    if (activeVersions().samplePlanners[0]) {
+        columns.resize(static_cast<std::size_t>(inner), static_cast<std::int32_t>(run.length - 1));
+        for (std::int64_t x = 0; x < run.stepped; ++x)
+            columns[static_cast<std::size_t>(x)] =
+                static_cast<std::int32_t>(wholePart(run.position + static_cast<std::uint64_t>(x) * run.step));
+    }
+    return {std::move(columns), static_cast<std::int32_t>(run.length), rows};
+}
+
 template <class Pixel>
 void resampleCentre(const PlaneView& source, const PixelRows& destination, double scale, const Rect& target) {
     if (source.extent.empty() || target.width() < 3 || target.height() < 3)
@@ -201,7 +242,9 @@ void resampleCentre(const PlaneView& source, const PixelRows& destination, doubl
     const CentreAxis rows(target.top, target.bottom, first, rowEnd);
     const CentreRun run(columns, inverse, offset, source.extent.width);
 
-    std::vector<std::uint8_t> buffer(static_cast<std::size_t>(run.length) * sizeof(Pixel));
+    const auto sample = centreSampler<Pixel>(run, columns.inner, rows.inner);
+    std::vector<std::uint8_t> buffer(sample.planned() ? 0
+                                                      : static_cast<std::size_t>(run.length) * sizeof(Pixel));
     constexpr std::int64_t size = sizeof(Pixel);
     const std::int64_t rowBytes = target.width() * size;
     const auto outputRow = [&](std::int64_t y) {
@@ -218,14 +261,21 @@ void resampleCentre(const PlaneView& source, const PixelRows& destination, doubl
             continue;
         }
         shownRow = row;
-        const std::uint8_t* in = buffer.data();
-        std::memcpy(buffer.data(), source.data + row * source.stride + run.start * size, buffer.size());
+        const std::uint8_t* in = source.data + row * source.stride + run.start * size;
         std::uint8_t* inner = out + columns.before * size;
-        writeRow<Pixel>(inner, run.stepped, [in, position = run.position, step = run.step](std::ptrdiff_t x) {
-            return loadPixel<Pixel>(in + wholePart(position + static_cast<std::uint64_t>(x) * step) * size);
-        });
-        fillPixels(inner + run.stepped * size, columns.inner - run.stepped,
-                   loadPixel<Pixel>(in + (run.length - 1) * size));
+        if (sample.planned()) {
+            sample(inner, in);
+        } else {
+            std::memcpy(buffer.data(), in, buffer.size());
+            const auto pixelAt = [in = buffer.data(), position = run.position,
+                                  step = run.step](std::ptrdiff_t x) {
+                return loadPixel<Pixel>(in +
+                                        wholePart(position + static_cast<std::uint64_t>(x) * step) * size);
+            };
+            writeRow<Pixel>(inner, run.stepped, pixelAt);
+            fillPixels(inner + run.stepped * size, columns.inner - run.stepped,
+                       loadPixel<Pixel>(in + (run.length - 1) * size));
+        }
         fillPixels(out, columns.before, loadPixel<Pixel>(inner));
         std::uint8_t* afterInner = inner + columns.inner * size;
         fillPixels(afterInner, columns.after, loadPixel<Pixel>(afterInner - size));
@@ -238,8 +288,6 @@ void resampleCentre(const PlaneView& source, const PixelRows& destination, doubl
 }
 
 } // namespace
-
-void takePlainKernels(Versions&) {}
 
 void resampleNearest8(const PlaneView& source, const PixelRows& destination, double scale,
                       const Rect& target) {

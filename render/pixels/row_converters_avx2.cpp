@@ -2,5 +2,4 @@
 namespace talx {
 void takeAvx2RowConverters(Versions&) {}
 void takeAvx2IconBlend(Versions&) {}
-void takeAvx2Kernels(Versions&) {}
 } // namespace talx

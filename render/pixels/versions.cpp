@@ -10,7 +10,6 @@ Versions versionsUpTo([[maybe_unused]] InstructionSet limit) {
     Versions versions{};
     takePlainRowConverters(versions);
     takePlainIconBlend(versions);
-    takePlainKernels(versions);
 #ifdef TALX_X86_VERSIONS
     if (limit >= InstructionSet::Avx2) {
         takeAvx2RowConverters(versions);

@@ -39,19 +39,17 @@ struct BlendTable {
 };
 using BlendLoop = void (*)(const PixelRows&, const ConstPixelRows& icon, Extent, const BlendTable&);
 
-// How to pick the pixels of a row: some of a source row's, in steps that are the same in every row.
+// How to pick the pixels of a row out of a source row, the same in every row.
 struct SamplePlan {
-    std::vector<std::uint8_t> steps; // as the version that made it understands them
+    std::vector<std::uint8_t> steps; // as the loop understands them
     std::ptrdiff_t rowBytes = 0;     // to write
-    int kind = 0;
+    void (*loop)(std::uint8_t* out, const std::uint8_t* in, const SamplePlan&) = nullptr;
 };
-struct SampleLoops {
-    // Plans destination pixel x to show source pixel columns[x], each inside the source. False when this
-    // version does not serve: then each pixel is picked by itself. Throws std::bad_alloc.
-    bool (*plan)(SamplePlan&, const std::vector<std::int32_t>& columns, std::int32_t sourceWidth,
-                 int bytesPerPixel);
-    void (*row)(std::uint8_t* out, const std::uint8_t* in, const SamplePlan&);
-};
+// Plans destination pixel x to show source pixel columns[x], each inside the source row. False when the
+// version does not serve: for few pixels, too far apart, or from right to left. Throws std::bad_alloc; takes
+// at most 10 bytes a column.
+using SamplePlanner = bool (*)(SamplePlan&, const std::vector<std::int32_t>& columns,
+                               std::int32_t sourceWidth, int bytesPerPixel);
 
 struct Versions {
     Grey8Loop<std::uint8_t> grey8To8;
@@ -61,7 +59,7 @@ struct Versions {
     NarrowLoop narrow;
     ColorLoop colorTo15, colorTo16, colorTo24, colorTo32;
     BlendLoop blend15, blend16, blend24, blend32;
-    SampleLoops sample;
+    std::array<SamplePlanner, 2> samplePlanners; // to be asked in this order; null for none
 };
 
 [[nodiscard]] const Versions& activeVersions();
@@ -76,7 +74,6 @@ void limitInstructionSet(InstructionSet);
 // What versions.cpp puts together: each replaces the loops that it has something better for.
 void takePlainRowConverters(Versions&);
 void takePlainIconBlend(Versions&);
-void takePlainKernels(Versions&);
 void takeAvx2RowConverters(Versions&);
 void takeAvx2IconBlend(Versions&);
 void takeAvx2Kernels(Versions&);
