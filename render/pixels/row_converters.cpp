@@ -84,6 +84,17 @@ Grey8Loop<Entry> grey8Loop() {
         return versions.grey8To32;
 }
 
+template <class Entry>
+HideLoop<Entry> hideLoop() {
+    const Versions& versions = activeVersions();
+    if constexpr (std::is_same_v<Entry, std::uint16_t>)
+        return versions.hide16;
+    else if constexpr (std::is_same_v<Entry, ColorEntry>)
+        return versions.hide24;
+    else
+        return versions.hide32;
+}
+
 // An entry of a large table, 24-bit ones as words.
 template <class Entry>
 auto loadEntry(const Entry* entry) {
@@ -104,7 +115,7 @@ Word choose(bool chooseFirst, Word first, Word second) {
 
 // Where the mask is 0 the pixel becomes maskPixel.
 template <class Entry>
-void hide(std::uint8_t* out, const std::uint8_t* visible, std::ptrdiff_t width, Entry maskPixel) {
+void hideRow(std::uint8_t* out, const std::uint8_t* visible, std::ptrdiff_t width, Entry maskPixel) {
     if constexpr (std::is_same_v<Entry, ColorEntry>) {
         const std::uint32_t word = toRgb32(maskPixel);
         writeRow24(out, width, [=](std::ptrdiff_t x) {
@@ -140,11 +151,11 @@ bool hasRuns(const Entry* table, std::uint32_t maxValue, Extent extent) {
     return true;
 }
 
-// 16-bit values through a table that has runs, a tile at a time. Calls hideTile(out, x, y, its extent) for
-// each of them while it is in the caches.
-template <class Entry, class HideTile>
+// 16-bit values through a table that has runs, a tile at a time. Calls done(out, x, y, extent) for each of
+// them, which is still in the caches.
+template <class Entry, class Done>
 void convertTiles(const PixelRows& destination, const ConstPixelRows& source, Extent extent,
-                  const Entry* table, std::uint32_t maxValue, HideTile hideTile) {
+                  const Entry* table, std::uint32_t maxValue, Done done) {
     constexpr std::int32_t tilePixels = 8192;
     std::array<std::uint8_t, tilePixels> narrowed;
     std::array<Entry, 256> levels;
@@ -167,8 +178,24 @@ void convertTiles(const PixelRows& destination, const ConstPixelRows& source, Ex
             const auto column = static_cast<std::ptrdiff_t>(x * sizeof(Entry));
             const PixelRows out{destination.data + y * destination.stride + column, destination.stride};
             convert(out, {narrowed.data(), tile.width}, tile, levels.data());
-            hideTile(out, x, y, tile);
+            done(out, x, y, tile);
         }
+    }
+}
+
+// 16-bit values through any table, by tiles or by rows.
+template <class Entry, class Done>
+void convertValues(const PixelRows& destination, const ConstPixelRows& source, Extent extent,
+                   const Entry* table, std::uint32_t maxValue, Done done) {
+    if (hasRuns(table, maxValue, extent))
+        return convertTiles(destination, source, extent, table, maxValue, done);
+    for (std::int32_t y = 0; y < extent.height; ++y) {
+        const std::uint8_t* in = source.data + y * source.stride;
+        const PixelRows out{destination.data + y * destination.stride, destination.stride};
+        writeEntries<Entry>(out.data, extent.width, [=](std::ptrdiff_t x) {
+            return loadEntry(table + (loadPixel<std::uint16_t>(in + 2 * x) & maxValue));
+        });
+        done(out, 0, y, Extent{extent.width, 1});
     }
 }
 
@@ -185,6 +212,9 @@ void takePlainRowConverters(Versions& versions) {
     versions.grey8To24 = grey8Rows<ColorEntry>;
     versions.grey8To32 = grey8Rows<std::uint32_t>;
     versions.narrow = narrowRow;
+    versions.hide16 = hideRow<std::uint16_t>;
+    versions.hide24 = hideRow<ColorEntry>;
+    versions.hide32 = hideRow<std::uint32_t>;
     versions.colorTo15 = packRows<std::uint16_t, pack15>;
     versions.colorTo16 = packRows<std::uint16_t, pack16>;
     versions.colorTo24 = packRows<ColorEntry, pack32>;
@@ -200,39 +230,21 @@ void convertGrey8(const PixelRows& destination, const ConstPixelRows& source, Ex
 template <class Entry>
 void convertGrey16(const PixelRows& destination, const ConstPixelRows& source, Extent extent,
                    const Entry* table, std::uint32_t maxValue) {
-    if (hasRuns(table, maxValue, extent)) {
-        return convertTiles(destination, source, extent, table, maxValue,
-                            [](const PixelRows&, std::int32_t, std::int32_t, Extent) {});
-    }
-    for (std::ptrdiff_t y = 0; y < extent.height; ++y) {
-        const std::uint8_t* in = source.data + y * source.stride;
-        writeEntries<Entry>(destination.data + y * destination.stride, extent.width, [=](std::ptrdiff_t x) {
-            return loadEntry(table + (loadPixel<std::uint16_t>(in + 2 * x) & maxValue));
-        });
-    }
+    convertValues(destination, source, extent, table, maxValue,
+                  [](const PixelRows&, std::int32_t, std::int32_t, Extent) {});
 }
 
 template <class Entry>
 void convertMaskedRange16(const PixelRows& destination, const ConstPixelRows& source,
                           const ConstPixelRows& mask, Extent extent, const Entry* table,
                           std::uint32_t maxValue, Entry maskPixel) {
-    if (hasRuns(table, maxValue, extent)) {
-        const auto hideTile = [&](const PixelRows& out, std::int32_t x, std::int32_t y, Extent tile) {
-            for (std::ptrdiff_t row = 0; row < tile.height; ++row)
-                hide(out.data + row * out.stride, mask.data + (y + row) * mask.stride + x, tile.width,
-                     maskPixel);
-        };
-        return convertTiles(destination, source, extent, table, maxValue, hideTile);
-    }
-    const auto hidden = loadEntry(&maskPixel);
-    for (std::ptrdiff_t y = 0; y < extent.height; ++y) {
-        const std::uint8_t* in = source.data + y * source.stride;
-        const std::uint8_t* visible = mask.data + y * mask.stride;
-        writeEntries<Entry>(destination.data + y * destination.stride, extent.width, [=](std::ptrdiff_t x) {
-            const auto shown = loadEntry(table + (loadPixel<std::uint16_t>(in + 2 * x) & maxValue));
-            return choose(visible[x] != 0, shown, hidden);
-        });
-    }
+    convertValues(destination, source, extent, table, maxValue,
+                  [&mask, maskPixel, hide = hideLoop<Entry>()](const PixelRows& out, std::int32_t x,
+                                                               std::int32_t y, Extent part) {
+                      for (std::ptrdiff_t row = 0; row < part.height; ++row)
+                          hide(out.data + row * out.stride, mask.data + (y + row) * mask.stride + x,
+                               part.width, maskPixel);
+                  });
 }
 
 template void convertGrey8(const PixelRows&, const ConstPixelRows&, Extent, const std::uint8_t*);

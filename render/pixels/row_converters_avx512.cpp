@@ -28,15 +28,16 @@ constexpr PackOrder packOrder = [] {
     return order;
 }();
 
+TALX_AVX512_INLINE __m512i pack24(__m512i blue, __m512i green, __m512i red, int part) {
+    const __m512i blueGreen =
+        _mm512_permutex2var_epi8(blue, _mm512_load_si512(packOrder.blueGreen[part]), green);
+    return _mm512_mask_permutexvar_epi8(blueGreen, packOrder.redPlaces[part],
+                                        _mm512_load_si512(packOrder.red[part]), red);
+}
 TALX_AVX512_INLINE void store24(std::uint8_t* out, __m512i blue, __m512i green, __m512i red,
                                 std::ptrdiff_t pixels) {
-    for (int i = 0; i < 3; ++i) {
-        const __m512i blueGreen =
-            _mm512_permutex2var_epi8(blue, _mm512_load_si512(packOrder.blueGreen[i]), green);
-        const __m512i all = _mm512_mask_permutexvar_epi8(blueGreen, packOrder.redPlaces[i],
-                                                         _mm512_load_si512(packOrder.red[i]), red);
-        storePart(out + 64 * i, all, 3 * pixels - 64 * i);
-    }
+    for (int i = 0; i < 3; ++i)
+        storePart(out + 64 * i, pack24(blue, green, red, i), 3 * pixels - 64 * i);
 }
 
 // From planes in the order of spreadForWords().
@@ -129,6 +130,64 @@ TALX_AVX512 void grey8To32(const PixelRows& destination, const ConstPixelRows& s
     }
 }
 
+TALX_AVX512 void narrowRow(std::uint8_t* out, const std::uint8_t* in, std::ptrdiff_t width,
+                           std::uint32_t mask, int shift) {
+    const __m512i kept = _mm512_set1_epi16(static_cast<short>(mask));
+    const __m128i bits = _mm_cvtsi32_si128(shift);
+    TALX_EACH_64(x, count, width) {
+        for (std::ptrdiff_t part = 0; part < count; part += 32) {
+            const __m512i words = loadPart(in + 2 * (x + part), 2 * (count - part));
+            const __m256i bytes = _mm512_cvtepi16_epi8(_mm512_srl_epi16(_mm512_and_si512(words, kept), bits));
+            storePart(out + x + part, _mm512_castsi256_si512(bytes), count - part < 32 ? count - part : 32);
+        }
+    }
+}
+
+// 64 bytes of pixels, those among them that are hidden replaced.
+TALX_AVX512_INLINE void hidePart(std::uint8_t* out, __mmask64 hiddenBytes, __m512i pixel,
+                                 std::ptrdiff_t count) {
+    storePart(out, _mm512_mask_mov_epi8(loadPart(out, count), hiddenBytes, pixel), count);
+}
+
+TALX_AVX512 void hide16(std::uint8_t* out, const std::uint8_t* visible, std::ptrdiff_t width,
+                        std::uint16_t pixel) {
+    const __m512i pixels = _mm512_set1_epi16(static_cast<short>(pixel));
+    TALX_EACH_64(x, count, width) {
+        const __m512i seen = spreadForHalves(loadPart(visible + x, count));
+        const __m512i low = _mm512_unpacklo_epi8(seen, seen), high = _mm512_unpackhi_epi8(seen, seen);
+        hidePart(out + 2 * x, _mm512_testn_epi8_mask(low, low), pixels, 2 * count);
+        hidePart(out + 2 * x + 64, _mm512_testn_epi8_mask(high, high), pixels, 2 * count - 64);
+    }
+}
+
+TALX_AVX512 void hide24(std::uint8_t* out, const std::uint8_t* visible, std::ptrdiff_t width,
+                        ColorEntry pixel) {
+    const __m512i blue = _mm512_set1_epi8(static_cast<char>(pixel.blue)),
+                  green = _mm512_set1_epi8(static_cast<char>(pixel.green)),
+                  red = _mm512_set1_epi8(static_cast<char>(pixel.red));
+    TALX_EACH_64(x, count, width) {
+        const __m512i seen = loadPart(visible + x, count);
+        for (int i = 0; i < 3; ++i) {
+            const __m512i bytes = _mm512_permutexvar_epi8(_mm512_load_si512(packOrder.red[i]), seen);
+            hidePart(out + 3 * x + 64 * i, _mm512_testn_epi8_mask(bytes, bytes), pack24(blue, green, red, i),
+                     3 * count - 64 * i);
+        }
+    }
+}
+
+TALX_AVX512 void hide32(std::uint8_t* out, const std::uint8_t* visible, std::ptrdiff_t width,
+                        std::uint32_t pixel) {
+    const __m512i pixels = _mm512_set1_epi32(static_cast<int>(pixel));
+    TALX_EACH_64(x, count, width) {
+        const __m512i seen = spreadForWords(loadPart(visible + x, count));
+        __m512i words[4];
+        interleave(seen, seen, seen, seen, words);
+        for (int i = 0; i < 4; ++i)
+            hidePart(out + 4 * x + 64 * i, _mm512_testn_epi8_mask(words[i], words[i]), pixels,
+                     4 * count - 64 * i);
+    }
+}
+
 enum class Layout { Bits15, Bits16, Bits24, Bits32 };
 
 // Bytes shifted within themselves, then cut out by a mask.
@@ -175,6 +234,10 @@ void takeAvx512RowConverters(Versions& versions) {
     versions.grey8To16 = grey8To16;
     versions.grey8To24 = grey8To24;
     versions.grey8To32 = grey8To32;
+    versions.narrow = narrowRow;
+    versions.hide16 = hide16;
+    versions.hide24 = hide24;
+    versions.hide32 = hide32;
     versions.colorTo15 = packRows<Layout::Bits15>;
     versions.colorTo16 = packRows<Layout::Bits16>;
     versions.colorTo24 = packRows<Layout::Bits24>;

@@ -30,6 +30,10 @@ using ColorLoop = void (*)(const PixelRows&, const ConstPixelRows& red, const Co
 using NarrowLoop = void (*)(std::uint8_t* out, const std::uint8_t* in, std::ptrdiff_t width,
                             std::uint32_t mask, int shift);
 
+// pixel takes the place of out[x] where visible[x] is 0, for one row.
+template <class Entry>
+using HideLoop = void (*)(std::uint8_t* out, const std::uint8_t* visible, std::ptrdiff_t width, Entry pixel);
+
 // What each index of an icon does to a pixel that was taken apart into four bytes, blue in the lowest and
 // what a format has beside its colours in the highest: byte k becomes
 // (byte * weight + colour * (128 - weight)) >> 7 with the k-th bytes of both entries.
@@ -57,6 +61,9 @@ struct Versions {
     Grey8Loop<ColorEntry> grey8To24;
     Grey8Loop<std::uint32_t> grey8To32;
     NarrowLoop narrow;
+    HideLoop<std::uint16_t> hide16;
+    HideLoop<ColorEntry> hide24;
+    HideLoop<std::uint32_t> hide32;
     ColorLoop colorTo15, colorTo16, colorTo24, colorTo32;
     BlendLoop blend15, blend16, blend24, blend32;
     std::array<SamplePlanner, 2> samplePlanners; // to be asked in this order; null for none
