@@ -192,9 +192,16 @@ void convertValues(const PixelRows& destination, const ConstPixelRows& source, E
     for (std::int32_t y = 0; y < extent.height; ++y) {
         const std::uint8_t* in = source.data + y * source.stride;
         const PixelRows out{destination.data + y * destination.stride, destination.stride};
-        writeEntries<Entry>(out.data, extent.width, [=](std::ptrdiff_t x) {
-            return loadEntry(table + (loadPixel<std::uint16_t>(in + 2 * x) & maxValue));
-        });
+        const auto valueAt = [in](std::ptrdiff_t x) {
+            return std::uint32_t{loadPixel<std::uint16_t>(in + 2 * x)};
+        };
+        if (maxValue == 65535) {
+            writeEntries<Entry>(out.data, extent.width,
+                                [=](std::ptrdiff_t x) { return loadEntry(table + valueAt(x)); });
+        } else {
+            writeEntries<Entry>(out.data, extent.width,
+                                [=](std::ptrdiff_t x) { return loadEntry(table + (valueAt(x) & maxValue)); });
+        }
         done(out, 0, y, Extent{extent.width, 1});
     }
 }

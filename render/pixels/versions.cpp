@@ -25,12 +25,17 @@ Versions versionsUpTo([[maybe_unused]] InstructionSet limit) {
     return versions;
 }
 
+const Versions plain = versionsUpTo(InstructionSet::Plain);
 Versions active = versionsUpTo(bestInstructionSet());
 
 } // namespace
 
 const Versions& activeVersions() {
     return active;
+}
+
+const Versions& plainVersions() {
+    return plain;
 }
 
 InstructionSet bestInstructionSet() {

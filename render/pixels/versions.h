@@ -71,6 +71,9 @@ struct Versions {
 
 [[nodiscard]] const Versions& activeVersions();
 
+// Those for any processor, for what an instruction set has nothing better for.
+[[nodiscard]] const Versions& plainVersions();
+
 // The most that this processor can do and this build has loops for.
 [[nodiscard]] InstructionSet bestInstructionSet();
 

@@ -1,0 +1,111 @@
+// Every version of every inner loop against the plain one: every length at every alignment, sources against a
+// fence, the stack in every phase in which 64-bit Windows may call a function.
+#include "render/pixels/icon_blend.h"
+#include "render/pixels/kernels.h"
+#include "render/pixels/versions.h"
+#include "tests/pixels/random_rows.h"
+
+#include <functional>
+
+namespace talx::test {
+namespace {
+
+constexpr int longest = 200, kernelRows = 10;
+const FencedMemory sources[] = {FencedMemory(1 << 16), FencedMemory(1 << 16), FencedMemory(1 << 16)};
+
+// Draws n pixels, or rows of n pixels. shift is how far their sources are from the fence.
+using Loop = std::function<void(const PixelRows& out, int n, int shift)>;
+
+ConstPixelRows source(int number, int bytes, int shift) {
+    return {sources[number].endingAtFence(static_cast<std::size_t>(bytes + shift)), 0};
+}
+
+template <class Entry>
+void addTableLoops(Random& random, std::vector<Loop>& loops) {
+    std::vector<Entry> colors(65536), runs(1024), ramp(256);
+    random.fill(colors.data(), colors.size() * sizeof(Entry));
+    for (std::size_t v = 0; v < runs.size(); ++v)
+        runs[v] = colors[v / 4];
+    for (std::uint32_t v = 0; v < ramp.size(); ++v) {
+        const std::uint32_t grey = sizeof(Entry) == 2 ? toRgb15(greyEntry(v)) : v * 0x010101;
+        std::memcpy(static_cast<void*>(&ramp[v]), &grey, sizeof(Entry));
+    }
+    for (const auto& table : {colors, ramp}) {
+        loops.push_back([table](const PixelRows& out, int n, int shift) {
+            convertGrey8(out, source(0, n, shift), {n, 1}, table.data());
+        });
+    }
+    if constexpr (sizeof(Entry) > 1) {
+        // The same row so many times that a table's runs are looked for.
+        for (const auto& [table, height] : {std::pair(runs, 4096), std::pair(colors, 1)}) {
+            loops.push_back([table = table, height = height](const PixelRows& out, int n, int shift) {
+                convertMaskedRange16({out.data, 0}, source(0, 2 * n, shift), source(1, n, shift),
+                                     {n, height / std::max(n, 1) + 1}, table.data(),
+                                     static_cast<std::uint32_t>(table.size()) - 1, table[77]);
+            });
+        }
+    }
+}
+
+void addFormatLoops(Random& random, PixelFormat format, std::vector<Loop>& loops) {
+    IconTables tables;
+    for (int i = 0; i < 256; ++i) {
+        tables.weight[i] = static_cast<std::uint8_t>(random.oneOf({0, 64, 128, random.between(0, 128)}));
+        tables.color[i] = toPixel(format, fromRgbWord(random.word()));
+    }
+    loops.push_back([=](const PixelRows& out, int n, int shift) {
+        blendIcon(format, out, source(0, n, shift), {n, 1}, tables);
+    });
+    loops.push_back([=](const PixelRows& out, int n, int shift) {
+        convertColor(format, out, source(0, n, shift), source(1, n, 0), source(2, n, shift / 2), {n, 1});
+    });
+}
+
+constexpr std::pair<decltype(&resampleNearest8), int> kernels[] = {
+    {resampleNearest8, 1}, {resampleNearest16, 2}, {resampleCentre8, 1}, {resampleCentre16, 2}};
+
+[[gnu::noinline]] void runOnMovedStack(int phase, const std::function<void()>& run) {
+    *static_cast<volatile char*>(__builtin_alloca(16 + 16 * (phase % 4))) = 0;
+    run();
+}
+
+TEST(Versions, WriteWhatThePlainOnesWrite) {
+    Random random(0);
+    std::vector<Loop> loops;
+    addTableLoops<std::uint8_t>(random, loops);
+    addTableLoops<std::uint16_t>(random, loops);
+    addTableLoops<ColorEntry>(random, loops);
+    addTableLoops<std::uint32_t>(random, loops);
+    for (const int format : {15, 16, 24, 32})
+        addFormatLoops(random, static_cast<PixelFormat>(format), loops);
+    for (const auto& [kernel, bytes] : kernels) {
+        for (const double scale : {0.1, 0.26, 0.37, 0.8, 1.3, 2.5, 3.0, 40.0}) {
+            loops.push_back([=, draw = kernel, bytes = bytes](const PixelRows& out, int n, int shift) {
+                const int left = shift % 8, width = static_cast<int>((n + left) / scale) + 1;
+                const PlaneView from{source(0, width * bytes, shift).data, 0, {width, 200}};
+                draw(from, {out.data, n * bytes}, scale, {left, 0, left + n, kernelRows});
+            });
+        }
+    }
+    for (const FencedMemory& memory : sources)
+        random.fill(memory.begin(), 1 << 16);
+    std::vector<std::uint8_t> before(2 * 64 + 2 * longest * kernelRows), plain;
+    random.fill(before.data(), before.size());
+    for (std::size_t i = 0; i < loops.size(); ++i) {
+        for (int n = 0; n <= longest; ++n) {
+            for (int shift = static_cast<int>(i) % 4; shift < 64; shift += random.between(1, 7)) {
+                for (const auto set : {InstructionSet::Plain, InstructionSet::Avx2, InstructionSet::Avx512}) {
+                    limitInstructionSet(set);
+                    auto written = before;
+                    runOnMovedStack(shift, [&] { loops[i]({written.data() + shift, 0}, n, shift); });
+                    plain = set == InstructionSet::Plain ? written : plain;
+                    ASSERT_TRUE(plain == written)
+                        << static_cast<int>(set) << ", loop " << i << ", length " << n << ", shift " << shift;
+                }
+            }
+        }
+    }
+}
+
+} // namespace
+} // namespace talx::test
