@@ -25,6 +25,7 @@ constexpr std::array<std::uint8_t, 101> weightTable = [] {
 
 struct Split15 {
     using Pixel = std::uint16_t;
+    static constexpr bool hasMore = true;              // than colours
     static constexpr std::uint32_t lowBits = 0x080808; // of each channel
     static constexpr std::uint32_t apart(std::uint32_t p) {
         return (p & 0x8000) << 16 | (p << 9 & 0xF80000) | (p << 6 & 0xF800) | (p << 3 & 0xF8);
@@ -36,6 +37,7 @@ struct Split15 {
 };
 struct Split16 {
     using Pixel = std::uint16_t;
+    static constexpr bool hasMore = false;
     static constexpr std::uint32_t lowBits = 0x080408;
     static constexpr std::uint32_t apart(std::uint32_t p) {
         return (p << 8 & 0xF80000) | (p << 5 & 0xFC00) | (p << 3 & 0xF8);
@@ -46,6 +48,7 @@ struct Split16 {
 };
 struct Split24 {
     using Pixel = ColorEntry;
+    static constexpr bool hasMore = false;
     static constexpr std::uint32_t lowBits = 0x010101;
     static constexpr std::uint32_t apart(std::uint32_t p) { return p; }
     static constexpr std::uint32_t apart(ColorEntry p) { return toRgb32(p); }
@@ -53,19 +56,26 @@ struct Split24 {
 };
 struct Split32 {
     using Pixel = std::uint32_t;
+    static constexpr bool hasMore = true;
     static constexpr std::uint32_t lowBits = 0x010101;
     static constexpr std::uint32_t apart(std::uint32_t p) { return p; }
     static constexpr Pixel together(std::uint32_t c) { return c; }
 };
 
-// Two bytes of a pixel in one product each: a byte times 128 stays below the next one.
+// Two bytes of a pixel in one product each: a byte times 128 stays below the next one, and what the
+// difference borrows from there the colour gives back.
 constexpr std::uint32_t evenBytes = 0xFF00FF;
 
+constexpr std::uint32_t mixBytes(std::uint32_t pixel, std::uint32_t color, std::uint32_t a) {
+    return ((color << 7) + (pixel - color) * a) >> 7;
+}
+
+template <class Split>
 constexpr std::uint32_t mix(std::uint32_t pixel, std::uint32_t color, std::uint32_t weight) {
-    const std::uint32_t a = weight & 0xFF, top = weight >> 24;
-    const std::uint32_t redBlue = (pixel & evenBytes) * a + (color & evenBytes) * (128 - a);
-    const std::uint32_t green = (pixel >> 8 & 0xFF) * a + (color >> 8 & 0xFF) * (128 - a);
-    return (redBlue >> 7 & evenBytes) | (green << 1 & 0xFF00) | ((pixel >> 24) * top << 17 & 0xFF000000);
+    const std::uint32_t a = weight & 0xFF;
+    const std::uint32_t redBlue = mixBytes(pixel & evenBytes, color & evenBytes, a) & evenBytes;
+    const std::uint32_t colors = redBlue | mixBytes(pixel >> 8 & 0xFF, color >> 8 & 0xFF, a) << 8;
+    return Split::hasMore ? colors | ((pixel >> 24) * (weight >> 24) >> 7) << 24 : colors;
 }
 
 template <class Split>
@@ -74,12 +84,12 @@ void blendRows(const PixelRows& buffer, const ConstPixelRows& icon, Extent exten
     for (std::ptrdiff_t y = 0; y < extent.height; ++y) {
         std::uint8_t* out = buffer.data + y * buffer.stride;
         const std::uint8_t* in = icon.data + y * icon.stride;
-        writeRow<Pixel>(out, extent.width,
-                        [=, color = table.color.data(), weight = table.weight.data()](std::ptrdiff_t x) {
-                            const auto before =
-                                loadPixel<Pixel>(out + x * static_cast<std::ptrdiff_t>(sizeof(Pixel)));
-                            return Split::together(mix(Split::apart(before), color[in[x]], weight[in[x]]));
-                        });
+        writeRow<Pixel>(
+            out, extent.width,
+            [=, color = table.color.data(), weight = table.weight.data()](std::ptrdiff_t x) {
+                const auto before = loadPixel<Pixel>(out + x * static_cast<std::ptrdiff_t>(sizeof(Pixel)));
+                return Split::together(mix<Split>(Split::apart(before), color[in[x]], weight[in[x]]));
+            });
     }
 }
 

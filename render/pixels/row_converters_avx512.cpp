@@ -30,9 +30,9 @@ constexpr PackOrder packOrder = [] {
 
 TALX_AVX512_INLINE __m512i pack24(__m512i blue, __m512i green, __m512i red, int part) {
     const __m512i blueGreen =
-        _mm512_permutex2var_epi8(blue, _mm512_load_si512(packOrder.blueGreen[part]), green);
+        _mm512_permutex2var_epi8(blue, _mm512_loadu_si512(packOrder.blueGreen[part]), green);
     return _mm512_mask_permutexvar_epi8(blueGreen, packOrder.redPlaces[part],
-                                        _mm512_load_si512(packOrder.red[part]), red);
+                                        _mm512_loadu_si512(packOrder.red[part]), red);
 }
 TALX_AVX512_INLINE void store24(std::uint8_t* out, __m512i blue, __m512i green, __m512i red,
                                 std::ptrdiff_t pixels) {
@@ -168,7 +168,7 @@ TALX_AVX512 void hide24(std::uint8_t* out, const std::uint8_t* visible, std::ptr
     TALX_EACH_64(x, count, width) {
         const __m512i seen = loadPart(visible + x, count);
         for (int i = 0; i < 3; ++i) {
-            const __m512i bytes = _mm512_permutexvar_epi8(_mm512_load_si512(packOrder.red[i]), seen);
+            const __m512i bytes = _mm512_permutexvar_epi8(_mm512_loadu_si512(packOrder.red[i]), seen);
             hidePart(out + 3 * x + 64 * i, _mm512_testn_epi8_mask(bytes, bytes), pack24(blue, green, red, i),
                      3 * count - 64 * i);
         }
@@ -188,45 +188,6 @@ TALX_AVX512 void hide32(std::uint8_t* out, const std::uint8_t* visible, std::ptr
     }
 }
 
-enum class Layout { Bits15, Bits16, Bits24, Bits32 };
-
-// Bytes shifted within themselves, then cut out by a mask.
-TALX_AVX512_INLINE __m512i shiftedLeft(__m512i bytes, int count, int mask) {
-    return _mm512_and_si512(_mm512_slli_epi16(bytes, count), _mm512_set1_epi8(static_cast<char>(mask)));
-}
-TALX_AVX512_INLINE __m512i shiftedRight(__m512i bytes, int count, int mask) {
-    return _mm512_and_si512(_mm512_srli_epi16(bytes, count), _mm512_set1_epi8(static_cast<char>(mask)));
-}
-
-template <Layout To>
-TALX_AVX512 void packRows(const PixelRows& destination, const ConstPixelRows& redRows,
-                          const ConstPixelRows& greenRows, const ConstPixelRows& blueRows, Extent extent) {
-    for (std::ptrdiff_t y = 0; y < extent.height; ++y) {
-        std::uint8_t* const out = destination.data + y * destination.stride;
-        const std::uint8_t* const r = redRows.data + y * redRows.stride;
-        const std::uint8_t* const g = greenRows.data + y * greenRows.stride;
-        const std::uint8_t* const b = blueRows.data + y * blueRows.stride;
-        TALX_EACH_64(x, count, extent.width) {
-            const __m512i red = loadPart(r + x, count), green = loadPart(g + x, count),
-                          blue = loadPart(b + x, count);
-            if constexpr (To == Layout::Bits24) {
-                store24(out + 3 * x, blue, green, red, count);
-            } else if constexpr (To == Layout::Bits32) {
-                store32(out + 4 * x, spreadForWords(blue), spreadForWords(green), spreadForWords(red),
-                        _mm512_setzero_si512(), count);
-            } else {
-                constexpr bool wideGreen = To == Layout::Bits16;
-                const __m512i low =
-                    _mm512_or_si512(shiftedLeft(green, wideGreen ? 3 : 2, 0xE0), shiftedRight(blue, 3, 0x1F));
-                const __m512i high =
-                    wideGreen ? _mm512_or_si512(shiftedRight(red, 0, 0xF8), shiftedRight(green, 5, 0x07))
-                              : _mm512_or_si512(shiftedRight(red, 1, 0x7C), shiftedRight(green, 6, 0x03));
-                store16(out + 2 * x, spreadForHalves(low), spreadForHalves(high), count);
-            }
-        }
-    }
-}
-
 } // namespace
 
 void takeAvx512RowConverters(Versions& versions) {
@@ -238,10 +199,6 @@ void takeAvx512RowConverters(Versions& versions) {
     versions.hide16 = hide16;
     versions.hide24 = hide24;
     versions.hide32 = hide32;
-    versions.colorTo15 = packRows<Layout::Bits15>;
-    versions.colorTo16 = packRows<Layout::Bits16>;
-    versions.colorTo24 = packRows<Layout::Bits24>;
-    versions.colorTo32 = packRows<Layout::Bits32>;
 }
 
 } // namespace talx

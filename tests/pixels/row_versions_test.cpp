@@ -47,20 +47,6 @@ void addTableLoops(Random& random, std::vector<Loop>& loops) {
     }
 }
 
-void addFormatLoops(Random& random, PixelFormat format, std::vector<Loop>& loops) {
-    IconTables tables;
-    for (int i = 0; i < 256; ++i) {
-        tables.weight[i] = static_cast<std::uint8_t>(random.oneOf({0, 64, 128, random.between(0, 128)}));
-        tables.color[i] = toPixel(format, fromRgbWord(random.word()));
-    }
-    loops.push_back([=](const PixelRows& out, int n, int shift) {
-        blendIcon(format, out, source(0, n, shift), {n, 1}, tables);
-    });
-    loops.push_back([=](const PixelRows& out, int n, int shift) {
-        convertColor(format, out, source(0, n, shift), source(1, n, 0), source(2, n, shift / 2), {n, 1});
-    });
-}
-
 constexpr std::pair<decltype(&resampleNearest8), int> kernels[] = {
     {resampleNearest8, 1}, {resampleNearest16, 2}, {resampleCentre8, 1}, {resampleCentre16, 2}};
 
@@ -76,8 +62,20 @@ TEST(Versions, WriteWhatThePlainOnesWrite) {
     addTableLoops<std::uint16_t>(random, loops);
     addTableLoops<ColorEntry>(random, loops);
     addTableLoops<std::uint32_t>(random, loops);
-    for (const int format : {15, 16, 24, 32})
-        addFormatLoops(random, static_cast<PixelFormat>(format), loops);
+    using enum PixelFormat;
+    for (const PixelFormat format : {Rgb15, Rgb16, Rgb24, Rgb32}) {
+        IconTables tables;
+        for (int i = 0; i < 256; ++i) {
+            tables.weight[i] = static_cast<std::uint8_t>(random.oneOf({0, 64, 128, random.between(0, 128)}));
+            tables.color[i] = toPixel(format, fromRgbWord(random.word()));
+        }
+        loops.push_back([=](const PixelRows& out, int n, int shift) {
+            blendIcon(format, out, source(0, n, shift), {n, 1}, tables);
+        });
+        loops.push_back([=](const PixelRows& out, int n, int shift) {
+            convertColor(format, out, source(0, n, shift), source(1, n, 0), source(2, n, shift / 2), {n, 1});
+        });
+    }
     for (const auto& [kernel, bytes] : kernels) {
         for (const double scale : {0.1, 0.26, 0.37, 0.8, 1.3, 2.5, 3.0, 40.0}) {
             loops.push_back([=, draw = kernel, bytes = bytes](const PixelRows& out, int n, int shift) {
