@@ -158,6 +158,32 @@ void addIcons(Pictures& p) {
     addIcon<Format>(p, "every weight", [](int i) { return i % 101; });
 }
 
+// Small drawings cost what is made ready for each of them: a thousand, one over the other.
+void addSmall(Pictures& p) {
+    const auto* table = p.colors8.table<Rgb32>();
+    addWork("1000 times 16 x 16, 8-bit to 32", 16 * 16 * 4,
+            {{"", [&p, table](std::uint8_t* out) {
+                  for (int i = 0; i < 1000; ++i)
+                      convertGrey8({out, 64}, {p.grey.data(), 16}, {16, 16}, table);
+              }}});
+    IconTables tables;
+    for (int i = 0; i < 256; ++i) {
+        tables.weight[i] = iconWeight(30);
+        tables.color[i] = static_cast<std::uint32_t>(i) * 0x01C371 & 0xFFFFFF;
+    }
+    addWork("1000 times an icon of 32 x 32, 30 %, to 32", 32 * 32 * 4,
+            {{"", [&p, tables](std::uint8_t* out) {
+                  for (int i = 0; i < 1000; ++i)
+                      blendIcon(Rgb32, {out, 128}, {p.grey.data(), 32}, {32, 32}, tables);
+              }}});
+    const PlaneView icon{p.grey.data(), 32, {32, 32}};
+    addWork("1000 times nearest, 8 bits, 32 x 32 x 2.5", 80 * 80,
+            {{"", [icon](std::uint8_t* out) {
+                  for (int i = 0; i < 1000; ++i)
+                      resampleNearest8(icon, {out, 80}, 2.5, {0, 0, 80, 80});
+              }}});
+}
+
 // Small works, as many of them as take a while: their times are to be divided by the count.
 void addTables() {
     addWork("1000 8-bit tables of 32-bit pixels", 1024, {{"", [](std::uint8_t* out) {
@@ -215,6 +241,7 @@ void addAll(Pictures& p) {
     addIcons<Rgb16>(p);
     addIcons<Rgb24>(p);
     addIcons<Rgb32>(p);
+    addSmall(p);
     addTables();
 }
 

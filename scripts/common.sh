@@ -1,5 +1,5 @@
 # shellcheck shell=bash
-# What ./check and ./demo share; to be sourced by bash.
+# What ./check, ./demo and bench/run share; to be sourced by bash.
 set -euo pipefail
 
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
@@ -17,13 +17,14 @@ die() {
     exit 1
 }
 
-# Installs the packages of scripts/packages that are missing, or says which ones are and how to get them.
+# installPackages [FILE...] installs the packages of scripts/packages, or of the files, that are missing, or says which
+# ones are and how to get them.
 installPackages() {
-    local package apt missing=()
-    command -v dpkg-query >/dev/null || die "This is not Debian; needed are: $(grep -v '^#' scripts/packages | xargs)"
+    local package apt lists=("${@:-scripts/packages}") missing=()
+    command -v dpkg-query >/dev/null || die "This is not Debian; needed are: $(grep -hv '^#' "${lists[@]}" | xargs)"
     while read -r package; do
         [[ $(dpkg-query -W -f '${db:Status-Status}' "$package" 2>/dev/null) == installed ]] || missing+=("$package")
-    done < <(grep -v '^#' scripts/packages)
+    done < <(grep -hv '^#' "${lists[@]}")
     [[ ${#missing[@]} -gt 0 ]] || return 0
 
     say "Installing ${missing[*]}"
