@@ -1,5 +1,6 @@
 // Every version of every inner loop against the plain one: every length at every alignment, sources against a
 // fence, the stack in every phase in which 64-bit Windows may call a function.
+#include "render/pixels/color_maps.h"
 #include "render/pixels/icon_blend.h"
 #include "render/pixels/kernels.h"
 #include "render/pixels/versions.h"
@@ -9,6 +10,8 @@
 
 namespace talx::test {
 namespace {
+
+using enum PixelFormat;
 
 constexpr int longest = 200, kernelRows = 10;
 const FencedMemory sources[] = {FencedMemory(1 << 16), FencedMemory(1 << 16), FencedMemory(1 << 16)};
@@ -20,22 +23,26 @@ ConstPixelRows source(int number, int bytes, int shift) {
     return {sources[number].endingAtFence(static_cast<std::size_t>(bytes + shift)), 0};
 }
 
-template <class Entry>
-void addTableLoops(Random& random, std::vector<Loop>& loops) {
+template <PixelFormat Format, PixelFormat... More>
+void addLoops(Random& random, std::vector<Loop>& loops) {
+    using Entry = TableEntry<Format>;
     std::vector<Entry> colors(65536), runs(1024), ramp(256);
     random.fill(colors.data(), colors.size() * sizeof(Entry));
     for (std::size_t v = 0; v < runs.size(); ++v)
         runs[v] = colors[v / 4];
-    for (std::uint32_t v = 0; v < ramp.size(); ++v) {
-        const std::uint32_t grey = sizeof(Entry) == 2 ? toRgb15(greyEntry(v)) : v * 0x010101;
+    IconTables tables;
+    for (std::uint32_t v = 0; v < 256; ++v) {
+        const std::uint32_t grey = toPixel(Format, greyEntry(v));
         std::memcpy(static_cast<void*>(&ramp[v]), &grey, sizeof(Entry));
+        tables.weight[v] = static_cast<std::uint8_t>(random.oneOf({0, 64, 128, random.between(0, 128)}));
+        tables.color[v] = toPixel(Format, fromRgbWord(random.word()));
     }
     for (const auto& table : {colors, ramp}) {
         loops.push_back([table](const PixelRows& out, int n, int shift) {
             convertGrey8(out, source(0, n, shift), {n, 1}, table.data());
         });
     }
-    if constexpr (sizeof(Entry) > 1) {
+    if constexpr (Format != Pal8) {
         // The same row so many times that a table's runs are looked for.
         for (const auto& [table, height] : {std::pair(runs, 4096), std::pair(colors, 1)}) {
             loops.push_back([table = table, height = height](const PixelRows& out, int n, int shift) {
@@ -45,6 +52,14 @@ void addTableLoops(Random& random, std::vector<Loop>& loops) {
             });
         }
     }
+    loops.push_back([=](const PixelRows& out, int n, int shift) {
+        blendIcon(Format, out, source(0, n, shift), {n, 1}, tables);
+    });
+    loops.push_back([](const PixelRows& out, int n, int shift) {
+        convertColor(Format, out, source(0, n, shift), source(1, n, 0), source(2, n, shift / 2), {n, 1});
+    });
+    if constexpr (sizeof...(More) > 0)
+        addLoops<More...>(random, loops);
 }
 
 constexpr std::pair<decltype(&resampleNearest8), int> kernels[] = {
@@ -58,24 +73,7 @@ constexpr std::pair<decltype(&resampleNearest8), int> kernels[] = {
 TEST(Versions, WriteWhatThePlainOnesWrite) {
     Random random(0);
     std::vector<Loop> loops;
-    addTableLoops<std::uint8_t>(random, loops);
-    addTableLoops<std::uint16_t>(random, loops);
-    addTableLoops<ColorEntry>(random, loops);
-    addTableLoops<std::uint32_t>(random, loops);
-    using enum PixelFormat;
-    for (const PixelFormat format : {Rgb15, Rgb16, Rgb24, Rgb32}) {
-        IconTables tables;
-        for (int i = 0; i < 256; ++i) {
-            tables.weight[i] = static_cast<std::uint8_t>(random.oneOf({0, 64, 128, random.between(0, 128)}));
-            tables.color[i] = toPixel(format, fromRgbWord(random.word()));
-        }
-        loops.push_back([=](const PixelRows& out, int n, int shift) {
-            blendIcon(format, out, source(0, n, shift), {n, 1}, tables);
-        });
-        loops.push_back([=](const PixelRows& out, int n, int shift) {
-            convertColor(format, out, source(0, n, shift), source(1, n, 0), source(2, n, shift / 2), {n, 1});
-        });
-    }
+    addLoops<Pal8, Rgb15, Rgb16, Rgb24, Rgb32>(random, loops);
     for (const auto& [kernel, bytes] : kernels) {
         for (const double scale : {0.1, 0.26, 0.37, 0.8, 1.3, 2.5, 3.0, 40.0}) {
             loops.push_back([=, draw = kernel, bytes = bytes](const PixelRows& out, int n, int shift) {
@@ -97,8 +95,7 @@ TEST(Versions, WriteWhatThePlainOnesWrite) {
                     auto written = before;
                     runOnMovedStack(shift, [&] { loops[i]({written.data() + shift, 0}, n, shift); });
                     plain = set == InstructionSet::Plain ? written : plain;
-                    ASSERT_TRUE(plain == written)
-                        << static_cast<int>(set) << ", loop " << i << ", length " << n << ", shift " << shift;
+                    ASSERT_EQ(plain, written) << "loop " << i << ", length " << n << ", shift " << shift;
                 }
             }
         }
