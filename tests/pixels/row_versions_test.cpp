@@ -28,12 +28,11 @@ void addLoops(Random& random, std::vector<Loop>& loops) {
     using Entry = TableEntry<Format>;
     std::vector<Entry> colors(65536), runs(1024), ramp(256);
     random.fill(colors.data(), colors.size() * sizeof(Entry));
-    for (std::size_t v = 0; v < runs.size(); ++v)
-        runs[v] = colors[v / 4];
     IconTables tables;
     for (std::uint32_t v = 0; v < 256; ++v) {
         const std::uint32_t grey = toPixel(Format, greyEntry(v));
         std::memcpy(static_cast<void*>(&ramp[v]), &grey, sizeof(Entry));
+        std::fill_n(&runs[4 * v], 4, colors[v]);
         tables.weight[v] = static_cast<std::uint8_t>(random.oneOf({0, 64, 128, random.between(0, 128)}));
         tables.color[v] = toPixel(Format, fromRgbWord(random.word()));
     }
