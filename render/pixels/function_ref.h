@@ -15,8 +15,8 @@ template <class Result, class... Args>
 class FunctionRef<Result(Args...)> {
 public:
     template <class Callable>
-    requires(!std::is_same_v<std::remove_cvref_t<Callable>, FunctionRef>) FunctionRef(
-        Callable&& callable) // NOLINT(*-explicit-*,*-forwarding-reference-overload): takes lambdas only
+    requires(!std::is_same_v<std::remove_cvref_t<Callable>, FunctionRef>)
+        FunctionRef(Callable&& callable) // NOLINT(*-explicit-*): a lambda is handed over as it is
         : object_(const_cast<void*>(static_cast<const void*>(std::addressof(callable)))),
           call_([](void* object, Args... args) -> Result {
               return (*static_cast<std::remove_reference_t<Callable>*>(object))(std::forward<Args>(args)...);
