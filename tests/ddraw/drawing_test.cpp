@@ -32,34 +32,6 @@ TEST(DdrawDrawing, BothEnginesPaintTheSamePixels) {
     }
 }
 
-// Either way an index is that of the colour nearest in the palette as it is now.
-TEST(DdrawDrawing, LookupFollowsThePalette) {
-    for (const bool ddraw : {false, true}) {
-        GdiView gdi(8);
-        DdrawView view(8);
-        const auto& engine = ddraw ? view.engine : gdi.engine;
-        ASSERT_EQ(S_OK, ddraw ? view.initialize() : gdi.initialize());
-        gdi.screen.changePalette(20);
-        EXPECT_EQ(S_OK, engine->PaletteChange());
-        BYTE greys[256];
-        std::generate(greys, greys + 256, [v = 0]() mutable { return static_cast<BYTE>(v++); });
-        TestImage image(ImageKind::grey8, 16, 16, {{greys, 16}});
-        EXPECT_EQ(S_OK, engine->DrawImage(0, image.image(), 0, 0, 1, least, least, most, most, 0));
-        for (int v = 0; v < 256; ++v) {
-            const std::uint32_t index =
-                ddraw ? view.buffer().pixel(v % 16, v / 16) : gdi.bits().pixel(v % 16, v / 16);
-            const auto distance = [&](int i) {
-                const PALETTEENTRY& e = gdi.screen.palette[i];
-                const int r = e.peRed - v, g = e.peGreen - v, b = e.peBlue - v;
-                return r * r + g * g + b * b;
-            };
-            for (int i = 0; i < 256; ++i) {
-                ASSERT_LE(distance(static_cast<int>(index)), distance(i)) << v;
-            }
-        }
-    }
-}
-
 // The image's own code may resize the view to an extent that no buffer can be made for.
 TEST(DdrawDrawing, AnImageThatTakesTheBufferAway) {
     for (int way = 0; way < 8; ++way) {

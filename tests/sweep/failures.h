@@ -63,6 +63,7 @@ inline const Failure failures[] = {
     {"malloc", 0, E_OUTOFMEMORY},
     {"calloc", 0, E_OUTOFMEMORY, L"There is no memory for Width x Height pels.", L"Allocate"},
     {"calloc", 0, E_OUTOFMEMORY},
+    {"realloc", 0, E_OUTOFMEMORY},
     {"HeapAlloc", 0, E_OUTOFMEMORY},
     {"FlsSetValue", 0, E_OUTOFMEMORY},
     {"CreateErrorInfo", E_OUTOFMEMORY, E_OUTOFMEMORY},
@@ -132,7 +133,7 @@ inline const std::string exempt =
     "RtlLookupFunctionEntry RtlUnwindEx RtlVirtualUnwind SetEvent Sleep TlsGetValue VirtualProtect "
     "VirtualQuery WaitForMultipleObjects WaitForSingleObject WideCharToMultiByte ___lc_codepage_func "
     "___mb_cur_max_func __iob_func _amsg_exit _close _errno _initterm _lock _read _unlock abort fputc fputs "
-    "fwrite localeconv memchr memcmp memcpy memmove memset realloc strcmp strerror strlen strncmp vfprintf "
+    "fwrite localeconv memchr memcmp memcpy memmove memset strcmp strerror strlen strncmp vfprintf "
     "wcslen "
     // those that give back what was got,
     "CoTaskMemFree CoUninitialize DeleteCriticalSection DeleteDC DeleteObject FlsFree FreeLibrary HeapFree "
