@@ -245,7 +245,9 @@ const auto directDrawMethods = [](auto& t) {
                                  : caps & DDSCAPS_TEXTURE           ? "texture"
                                  : display.surfaces.count("buffer") ? "saved"
                                                                     : "buffer";
-        const HRESULT hr = make(record(self, "CreateSurface " + name, d), name, result, surfaceMethods);
+        const HRESULT recorded = record(self, "CreateSurface " + name, d);
+        const bool tooLarge = d->dwWidth > 4096 || d->dwHeight > 4096; // below 0, too
+        const HRESULT hr = make(tooLarge ? DDERR_OUTOFMEMORY : recorded, name, result, surfaceMethods);
         if (SUCCEEDED(hr) && *result) {
             FakeObject& surface = *(display.surfaces[name] = &of(*result));
             surface.lost = display.bornLost;
