@@ -244,16 +244,21 @@ struct Argument<SAFEARRAY**> {
         : array(c.r.oneOf<VARTYPE>({VT_I4, VT_I4, VT_UI1, VT_UI1, VT_I2, VT_R8}),
                 c.r.oneOf<ULONG>({0, 1, 255, 256, 256, 300}), c.r.oneOf<LONG>({0, 0, -3, least, most - 299}),
                 c.r.oneOf({1, 1, 1, 2})),
-          copy(*array.array), passed(c.r.oneIn(6) ? nullptr : &copy),
-          value(c.r.oneIn(6) ? nullptr : &passed) {
-        copy.pvData = c.r.oneIn(5) ? nullptr : copy.pvData;
-        copy.cLocks = locks = c.r.oneIn(5) ? 0xFFFF : 0;
+          passed(c.r.oneIn(6) ? nullptr : &copy.first), value(c.r.oneIn(6) ? nullptr : &passed) {
+        std::memcpy(&copy, array.array, sizeof(SAFEARRAY) + (array.array->cDims - 1) * sizeof copy.second);
+        copy.first.pvData = c.r.oneIn(5) ? nullptr : copy.first.pvData;
+        copy.first.cLocks = locks = c.r.oneIn(5) ? 0xFFFF : 0;
     }
     ~Argument() {
-        EXPECT_TRUE(passed && passed != &copy ? SafeArrayDestroy(passed) == S_OK : copy.cLocks == locks);
+        const bool replaced = passed && passed != &copy.first;
+        EXPECT_TRUE(replaced ? SafeArrayDestroy(passed) == S_OK : copy.first.cLocks == locks);
     }
     TestArray array;
-    SAFEARRAY copy, *passed, **value;
+    struct {
+        SAFEARRAY first;
+        SAFEARRAYBOUND second;
+    } copy;
+    SAFEARRAY *passed, **value;
     ULONG locks;
 };
 // The library's, or one that fails, or whose code misbehaves and changes its answers at some step. There is
