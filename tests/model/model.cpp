@@ -170,9 +170,11 @@ std::uint32_t greyPixel16(int format, const std::vector<Color>& entries, std::ui
 }
 
 std::uint32_t maskPixel(int format, std::uint32_t word) {
-    const int hi = static_cast<std::int8_t>(word >> 16);
-    const int mid = static_cast<std::int8_t>(word >> 8);
-    const int lo = static_cast<std::int8_t>(word);
+    const auto signedByte = [&](int shift) {
+        const auto byte = static_cast<std::uint8_t>(word >> shift);
+        return byte < 128 ? byte : byte - 256;
+    };
+    const int hi = signedByte(16), mid = signedByte(8), lo = signedByte(0);
     // A factor stands for a left shift, and & ~7 of a negative number for AND 0xFFF8 in 16 bits.
     const int wide = format == 15 ? ((hi & ~7) * 32 + (mid & ~7)) * 4 : ((hi & ~7) * 16 + (mid & ~3)) * 16;
     return format == 32 ? word : format == 24 ? word & 0xFFFFFF : (wide + (lo >> 3)) & 0xFFFF;
