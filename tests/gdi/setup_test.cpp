@@ -111,13 +111,13 @@ TEST_P(GdiSetup, ExtentIsNewOrGone) {
 }
 
 TEST_P(GdiSetup, RefusesABitmapThatIsTooSmall) {
-    for (const auto& [less, lower, shorter] : {std::tuple{1, 0, 0}, {0, 1, 0}, {0, 0, 4}}) {
+    for (const std::array<int, 3>& less : {std::array{1, 0, 0}, {0, 1, 0}, {0, 0, 4}}) {
         ImportHook<HOOK(GetObjectW)> hook(engineModule(), [&](HANDLE object, int size, void* out) {
             const int written = hook.original(object, size, out);
             auto& bitmap = static_cast<DIBSECTION*>(out)->dsBm;
-            bitmap.bmWidth -= less;
-            bitmap.bmHeight -= lower;
-            bitmap.bmWidthBytes -= shorter;
+            bitmap.bmWidth -= less[0];
+            bitmap.bmHeight -= less[1];
+            bitmap.bmWidthBytes -= less[2];
             return written;
         });
         expectNoDibSection(initialize(64, 2));
