@@ -1,10 +1,10 @@
 // Times whole calls of the engines under Windows, each as a ratio to a plain step that is taken in the same
-// round: copying the view's 32-bit pixels, or what the platform itself does for the same work. To run it,
-// with the DLLs of this build registered:
+// round: copying the view's 32-bit pixels, or what the platform itself does for the same work.
 //
-//   scripts/on-screen 24 wine build/windows/bench/engine_bench.exe [--only TEXT] [OTHER-talxrend.dll]
+//   engine_bench.exe [--only gdi|live|directdraw] [OTHER-talxrend.dll]
 //
-// A second engine DLL, an older one for instance, is timed beside the registered one in the same rounds.
+// It takes the registered DLLs. A second engine DLL, an older one for instance, is timed beside the
+// registered one in the same rounds.
 #include <initguid.h>
 
 #include <windows.h>
