@@ -1,7 +1,7 @@
 // Times whole calls of the engines under Windows, each as a ratio to a plain step that is taken in the same
 // round: copying the view's 32-bit pixels, or what the platform itself does for the same work.
 //
-//   engine_bench.exe [--only gdi|live|directdraw] [OTHER-talxrend.dll]
+//   engine_bench.exe [--only gdi|small|live|directdraw] [OTHER-talxrend.dll]
 //
 // It takes the registered DLLs. A second engine DLL, an older one for instance, is timed beside the
 // registered one in the same rounds.
@@ -261,6 +261,16 @@ struct GdiPicture {
 
 // --- the tables
 
+std::function<void(ITalRenderEngine2*)> iconOf(const ComPtr<ITalImage>& image, IconMaps& maps) {
+    ComPtr<ITalImage8Grey> grey;
+    check(image.As(&grey), "ITalImage8Grey");
+    return [grey, &maps](ITalRenderEngine2* engine) {
+        check(engine->DrawIcon8(0, grey.Get(), &maps.colors, &maps.transparencies, 0, 0, 1, least, least,
+                                most, most),
+              "DrawIcon8");
+    };
+}
+
 void gdiCalls() {
     const TestWindow window(64, 64, false);
     const auto engines = makeEngines(__uuidof(TalGDIRenderEngine), window.get(), viewWidth, viewHeight);
@@ -295,18 +305,7 @@ void gdiCalls() {
     draws("16-bit grey x 2.5", Kind::grey16, 2.5);
     draws("colour x 2.5", Kind::color, 2.5);
     const auto icon = makeImage(Kind::grey8, viewWidth, viewHeight);
-    const auto small = makeImage(Kind::grey8, 32, 32);
-    const auto iconOf = [&](const ComPtr<ITalImage>& image, const IconMaps& maps) {
-        ComPtr<ITalImage8Grey> grey;
-        check(image.As(&grey), "ITalImage8Grey");
-        return [grey, &maps](ITalRenderEngine2* engine) {
-            IconMaps& m = const_cast<IconMaps&>(maps);
-            check(engine->DrawIcon8(0, grey.Get(), &m.colors, &m.transparencies, 0, 0, 1, least, least, most,
-                                    most),
-                  "DrawIcon8");
-        };
-    };
-    const IconMaps opaque([](int) { return 0; }), some([](int) { return 30; }),
+    IconMaps opaque([](int) { return 0; }), some([](int) { return 30; }),
         every([](int i) { return i % 101; });
     row("icon over the whole view, opaque", copy, onAll(engines, iconOf(icon, opaque)));
     row("icon over the whole view, 30 %", copy, onAll(engines, iconOf(icon, some)));
@@ -323,12 +322,19 @@ void gdiCalls() {
              part.stretch(reinterpret_cast<HDC>(dc), 2.5);
          }});
     engines[0]->ReleaseDrawContext(0, dc);
+}
 
-    std::printf("\nin units of a microsecond-sized copy of 16 KiB:\n");
+// Small drawings, in units of copying 16 KiB.
+void smallCalls() {
+    const TestWindow window(64, 64, false);
+    const auto engines = makeEngines(__uuidof(TalGDIRenderEngine), window.get(), viewWidth, viewHeight);
+    std::vector<std::uint8_t> from(16384, 1), to(16384, 2);
+    const auto icon = makeImage(Kind::grey8, viewWidth, viewHeight);
+    const auto small = makeImage(Kind::grey8, 32, 32);
+    IconMaps some([](int) { return 30; });
     const Work copy16K = [&] {
         copyBytes(to.data(), from.data(), 16384);
     };
-    setMethod(engines, 0);
     row("icon of 32 x 32, 30 %", copy16K, onAll(engines, iconOf(small, some)));
     row("clip of 16 x 16 at 1:1", copy16K, onAll(engines, drawing(icon, 1, {100, 100, 116, 116})));
     row("clip of 16 x 16 at x 2.5", copy16K, onAll(engines, drawing(icon, 2.5, {100, 100, 116, 116})));
@@ -548,7 +554,7 @@ int main(int argc, char** argv) {
         check(modules.back() ? S_OK : E_FAIL, argv[i]);
     }
     const std::pair<const char*, void (*)()> tables[] = {
-        {"gdi", gdiCalls}, {"live", liveView}, {"directdraw", directDrawCalls}};
+        {"gdi", gdiCalls}, {"small", smallCalls}, {"live", liveView}, {"directdraw", directDrawCalls}};
     for (const auto& [name, table] : tables) {
         if (only.empty() || only == name) {
             std::printf("\n%-44s %10s %8s%s\n", name, "unit us", "engine",

@@ -60,7 +60,7 @@ __cxa_eh_globals* __cxa_get_globals_fast() noexcept {
 namespace talx {
 
 bool readyThreadForExceptions() noexcept {
-    if (stateOfThread()) {
+    if (FlsGetValue(slot)) {
         return true;
     }
     void* const state = HeapAlloc(GetProcessHeap(), HEAP_ZERO_MEMORY, sizeof(State));

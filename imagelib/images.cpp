@@ -22,10 +22,7 @@ public:
 } // namespace
 
 STDMETHODIMP CTalImage16Grey::get_DepthCode(long* pDepthCode) {
-    return method(L"get_DepthCode", [&] {
-        checkResultPointer(pDepthCode);
-        *pDepthCode = depthCode_;
-    });
+    return answer(L"get_DepthCode", pDepthCode, depthCode_);
 }
 
 STDMETHODIMP CTalImage16Grey::put_DepthCode(long DepthCode) {

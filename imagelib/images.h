@@ -26,17 +26,9 @@ class ImageImpl : public CComObjectRootEx<CComMultiThreadModel>,
                   public ITalImageMemory,
                   public ISupportErrorInfoImpl {
 public:
-    STDMETHOD(get_Width)(long* pWidth) override {
-        return method(L"get_Width", [&] {
-            checkResultPointer(pWidth);
-            *pWidth = planes_->width();
-        });
-    }
+    STDMETHOD(get_Width)(long* pWidth) override { return answer(L"get_Width", pWidth, planes_->width()); }
     STDMETHOD(get_Height)(long* pHeight) override {
-        return method(L"get_Height", [&] {
-            checkResultPointer(pHeight);
-            *pHeight = planes_->height();
-        });
+        return answer(L"get_Height", pHeight, planes_->height());
     }
 
     STDMETHOD(Allocate)(long Width, long Height, long Planes) override {
@@ -53,6 +45,11 @@ public:
 
 protected:
     [[nodiscard]] const std::shared_ptr<PlaneSet>& planes() const { return planes_; }
+
+    // Answers a property. What cannot fail needs no frame.
+    HRESULT answer(const wchar_t* name, long* result, long value) const {
+        return result ? (*result = value, S_OK) : method(name, [] { checkResultPointer(nullptr); });
+    }
 
     // Runs the body of a method of the kind interface in its frame.
     template <class Body>

@@ -55,7 +55,7 @@ public:
         return whileLocked(L"get_RowStride", pRowStride, rowStride_);
     }
     STDMETHOD(Unlock)() override {
-        return method(L"Unlock", [this] { checkLocked(locked_.exchange(false)); });
+        return locked_.exchange(false) ? S_OK : method(L"Unlock", [] { checkLocked(false); });
     }
 
 private:
@@ -70,11 +70,14 @@ private:
     }
     template <class Value>
     HRESULT whileLocked(const wchar_t* name, Value* result, Value value) const {
+        if (result && locked_.load()) { // what cannot fail needs no frame
+            *result = value;
+            return S_OK;
+        }
         return method(name, [&] {
             checkPointer(result, L"The pointer to the result is null.");
-            const bool locked = locked_.load();
-            *result = locked ? value : 0;
-            checkLocked(locked);
+            *result = 0;
+            checkLocked(false);
         });
     }
 
