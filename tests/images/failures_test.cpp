@@ -1,5 +1,5 @@
 // Drawing that fails or has nothing to draw: images that fail at any step, arrays of every shape, colours
-// that stand for none, memory that cannot be had. The buffer stays as it was, and everything is given back.
+// that stand for none. The buffer stays as it was, and everything is given back.
 #include "tests/images/painting.h"
 
 namespace talx::test {
@@ -15,8 +15,6 @@ const std::tuple<std::wstring, MapGetter, MapGetter> maps[] = {
     {L"Image16RangeColorMap", &Engine::get_Image16RangeColorMap, &Engine::put_Image16RangeColorMap}};
 
 struct ImageFailures : ImageTest {
-    [[nodiscard]] bool shows(Kind kind) const { return kind == Kind::grey8 || format() != 8; }
-
     Random random{1};
 };
 INSTANTIATE_TEST_SUITE_P(Views, ImageFailures,
@@ -28,83 +26,67 @@ TEST_P(ImageFailures, AreReportedAsTheyAre) {
     constexpr HRESULT none = S_FALSE; // no failure
     const struct {
         ImageStep step;
-        std::vector<Kind> kinds;
-        bool eachPlane;
-        HRESULT failing,
-            yieldingNothing; // what comes of a step that fails with ownFailure, or succeeds with null
-    } rows[] = {
-        {ImageStep::width, {Kind::grey8, Kind::color, Kind::grey16, Kind::range16}, false, ownFailure, none},
-        {ImageStep::height, {Kind::grey8, Kind::color, Kind::grey16, Kind::range16}, false, ownFailure, none},
-        {ImageStep::depthCode, {Kind::grey16}, false, E_FAIL, none},
-        {ImageStep::plane, {Kind::color}, true, ownFailure, noPixelData},
-        {ImageStep::source, {Kind::grey8, Kind::color, Kind::grey16}, true, E_FAIL, none},
-        {ImageStep::access, {Kind::grey8, Kind::color, Kind::grey16}, true, ownFailure, noPixelData},
-        {ImageStep::access, {Kind::range16}, false, ownFailure, noPixelData},
-        {ImageStep::data,
-         {Kind::grey8, Kind::color, Kind::grey16, Kind::range16},
-         true,
-         noPixelData,
-         noPixelData},
-        {ImageStep::stride,
-         {Kind::grey8, Kind::color, Kind::grey16, Kind::range16},
-         true,
-         noPixelData,
-         none}};
-    for (const auto& row : rows) {
-        for (int i = 0; i < static_cast<int>(row.kinds.size()) * 3 * 3 * 2; ++i) {
-            const Kind kind = row.kinds[i / 18];
-            const int plane = i / 6 % 3,
-                      way = i / 2 % 3; // to fail, to fail but to yield, to succeed with null
+        std::string kinds; // whose images go through it
+        // What comes of a step that fails with ownFailure, or succeeds with null.
+        HRESULT failing, yieldingNothing;
+    } rows[] = {{ImageStep::width, "0123", ownFailure, none},
+                {ImageStep::height, "0123", ownFailure, none},
+                {ImageStep::depthCode, "2", E_FAIL, none},
+                {ImageStep::plane, "1", ownFailure, noPixelData},
+                {ImageStep::source, "012", E_FAIL, none},
+                {ImageStep::access, "0123", ownFailure, noPixelData},
+                {ImageStep::data, "0123", noPixelData, noPixelData},
+                {ImageStep::stride, "0123", noPixelData, none}};
+    for (const auto& [step, kinds, failing, yieldingNothing] : rows) {
+        for (int i = 0; i < static_cast<int>(kinds.size()) * 18; ++i) {
+            const auto kind = static_cast<Kind>(kinds[i / 18] - '0');
+            const int plane = i / 6 % 3, way = i / 2 % 3; // to fail, to fail but to yield, to yield null
             const double scale = 1 + i % 2;
-            const HRESULT expected = way == 2 ? row.yieldingNothing : row.failing;
+            const bool noMask = step == ImageStep::access && kind == Kind::range16 && plane > 0 && way == 2;
+            const HRESULT expected = noMask ? none : way == 2 ? yieldingNothing : failing;
             TwinImage picture(random, store, kind, 20, 20);
-            if (plane >= (row.eachPlane ? static_cast<int>(picture.planes.size()) : 1) || expected == none) {
+            const std::size_t planes = step < ImageStep::plane ? 1 : picture.planes.size();
+            if (static_cast<std::size_t>(plane) >= planes || expected == none) {
                 continue;
             }
-            SCOPED_TRACE(testing::Message() << "step " << static_cast<int>(row.step) << ", " << i);
+            SCOPED_TRACE(testing::Message() << "step " << static_cast<int>(step) << ", " << i);
             BufferTwin twin(*this, random);
-            picture.image->fault = {row.step, way == 2 ? S_OK : ownFailure, plane, way == 1, {}};
+            picture.image->fault = {step, way == 2 ? S_OK : ownFailure, plane, way == 1, {}};
             expectFailure(expected, draw(picture.image->image(), scale));
             if (kind == Kind::grey8) { // what an icon's query answers is told as it is
-                expectFailure(row.step == ImageStep::source ? ownFailure : expected,
+                expectFailure(step == ImageStep::source ? ownFailure : expected,
                               drawIcon(*picture.image, scale), L"DrawIcon8");
             }
             EXPECT_TRUE(twin.holds());
             picture.image->fault = {};
             EXPECT_EQ(S_OK, draw(picture.image->image(), scale));
-            EXPECT_NE(shows(kind), bool(twin.holds()));
+            EXPECT_NE(kind == Kind::grey8 || format() != 8, bool(twin.holds()));
         }
     }
-    TestImage mask(ImageKind::range16, 20, 20,
-                   {{store.planes[0].begin(), 40}, {store.planes[1].begin(), 20}});
-    mask.fault = {ImageStep::access, ownFailure, 1, false, {}};
-    expectFailure(ownFailure, draw(mask.image()));
 }
 
 TEST_P(ImageFailures, NothingToDrawIsNoFailure) {
     const ImagePlane plane{store.planes[0].begin(), 20};
-    TestImage images[] = {{ImageKind::none, 20, 20, {}},         {ImageKind::grey8, -20, -20, {plane}},
-                          {ImageKind::color, 0, 20, {}},         {ImageKind::grey16, 20, least, {}},
-                          {ImageKind::range16, least, most, {}}, {ImageKind::grey8, 20, 20, {plane}}};
+    TestImage empty[] = {{ImageKind::none, 20, 20, {}},         {ImageKind::grey8, -20, -20, {plane}},
+                         {ImageKind::color, 0, 20, {}},         {ImageKind::grey16, 20, least, {}},
+                         {ImageKind::range16, least, most, {}}, {ImageKind::grey8, 0, 0, {plane}}};
+    TestImage image(ImageKind::grey8, 20, 20, {plane});
     BufferTwin twin(*this, random);
-    const ImportHook<HOOK(CoCreateInstance)> hook(engineModule(), [&](auto...) -> HRESULT {
-        ADD_FAILURE() << "nothing is there to be scaled";
-        return E_FAIL;
-    });
     for (const double scale : {1.0, 2.0, -1.0, 0.0, 0.01}) {
         expectBare(S_OK, draw(nullptr, scale));
-        for (TestImage& image : images) {
-            const bool isEmpty = &image != &images[5];
-            if (isEmpty || scale < 0.1) {
-                expectBare(S_OK, draw(image.image(), scale));
-                expectBare(S_OK, &image == &images[0] ? S_OK : drawIcon(image, scale));
-                EXPECT_EQ(0, image.accesses);
-            }
+        for (TestImage& nothing : empty) {
+            expectBare(S_OK, draw(nothing.image(), scale));
+            EXPECT_EQ(0, nothing.accesses);
+        }
+        expectBare(S_OK, drawIcon(empty[5], scale));
+        if (scale < 0.1) {
+            expectBare(S_OK, draw(image.image(), scale));
+            expectBare(S_OK, drawIcon(image, scale));
         }
     }
-    expectBare(S_OK, engine->DrawImage(0, images[5].image(), 0, 0, 1, width, 0, most, most, 0));
-    expectBare(S_OK, engine->DrawImage(0, images[5].image(), -20, 0, 1, least, least, most, most, 0));
-    EXPECT_EQ(0, images[5].accesses);
+    expectBare(S_OK, engine->DrawImage(0, image.image(), 0, 0, 1, width, 0, most, most, 0));
+    expectBare(S_OK, engine->DrawImage(0, image.image(), -20, 0, 1, least, least, most, most, 0));
+    EXPECT_EQ(0, image.accesses);
     EXPECT_TRUE(twin.holds());
 }
 
@@ -133,9 +115,9 @@ TEST_P(ImageFailures, DrawingOutlivesTheBufferThatItBeganWith) {
     for (int i = 0; i < 8 * 4 * 4; ++i) {
         TwinImage picture(random, store, static_cast<Kind>(i / 4 % 4), width, height);
         const auto drawing = [&] {
-            const bool icon = i % 16 / 2 == 1;
-            return icon ? drawIcon(*picture.image, i % 2 ? 0.9 : 1)
-                        : draw(picture.image->image(), i % 2 ? 0.9 : 1);
+            TestImage& image = *picture.image;
+            const double scale = i % 2 ? 0.9 : 1;
+            return i % 16 / 2 == 1 ? drawIcon(image, scale) : draw(image.image(), scale);
         };
         EXPECT_EQ(S_OK, engine->SetExtent(width, height));
         bool resized = false;
@@ -148,23 +130,6 @@ TEST_P(ImageFailures, DrawingOutlivesTheBufferThatItBeganWith) {
         picture.image->fault = {};
         EXPECT_EQ(S_OK, drawing());
         EXPECT_TRUE(!resized || (shown.size() == 9 && shown == values())) << i;
-    }
-}
-
-// Scaling needs an image of the library: there may be no class, no object, or one without memory.
-TEST_P(ImageFailures, ScalingFailsAsTheLibraryDoes) {
-    for (const HRESULT expected : {REGDB_E_CLASSNOTREG, E_OUTOFMEMORY, E_NOINTERFACE}) {
-        TwinImage picture(random, store, Kind::grey8, 20, 20);
-        TestImage other(ImageKind::grey8, 1, 1, {});
-        BufferTwin twin(*this, random);
-        const ImportHook<HOOK(CoCreateInstance)> hook(
-            engineModule(), [&](REFCLSID, LPUNKNOWN, DWORD, REFIID iid, void** made) {
-                *made = nullptr;
-                return expected == E_NOINTERFACE ? other.QueryInterface(iid, made) : expected;
-            });
-        expectFailure(expected, draw(picture.image->image(), 2));
-        expectFailure(expected, drawIcon(*picture.image, 2), L"DrawIcon8");
-        EXPECT_TRUE(twin.holds());
     }
 }
 
@@ -181,33 +146,26 @@ TEST_P(ImageFailures, ArraysOfEveryShape) {
         HRESULT colors, transparencies;
     } rows[] = {{VT_I4, 256, 0, 1, usual, 256, S_OK, S_OK},
                 {VT_UI4, 300, -7, 1, usual, 293, S_OK, S_OK},
-                {VT_UI4, 300, most - 299, 1, usual, 300, S_OK, S_OK},
                 {VT_I4, 256, least, 1, usual, 0, S_OK, S_OK},
                 {VT_I4, 70000, 5, 1, usual, 70000, S_OK, S_OK},
                 {VT_I4, 10, -10, 1, usual, 0, E_INVALIDARG, E_INVALIDARG},
                 {VT_I4, 255, 0, 1, usual, 255, E_INVALIDARG, S_OK},
                 {VT_I4, 0, 1, 1, usual, 0, E_INVALIDARG, E_INVALIDARG},
                 {VT_UI1, 256, 0, 1, usual, 64, E_INVALIDARG, S_OK}, // as many words as it has bytes for
-                {VT_I1, 300, 44, 1, usual, 75, E_INVALIDARG, S_OK},
                 {VT_UI1, 255, 0, 1, usual, 63, E_INVALIDARG, E_INVALIDARG},
                 {VT_I2, 256, 0, 1, usual, 128, E_INVALIDARG, S_OK},
                 {VT_R8, 256, 0, 1, usual, 256, S_OK, S_OK},
                 {VT_I4, 256, 0, 2, usual, 256, S_OK, S_OK},
                 {VT_UI1, 15, 0, 2, usual, 15, E_INVALIDARG, E_INVALIDARG},
                 {VT_I4, 256, 0, 1, locked, -1, E_UNEXPECTED, E_UNEXPECTED},
-                {VT_UI1, 256, 0, 1, locked, -1, E_UNEXPECTED, E_UNEXPECTED},
                 {VT_I4, 256, 0, 1, withoutMemory, -1, E_INVALIDARG, E_INVALIDARG},
-                {VT_UI1, 256, 0, 1, withoutMemory, -1, E_INVALIDARG, E_INVALIDARG},
                 {VT_I4, 256, 0, 1, null, -1, E_POINTER, E_POINTER}};
     const Words some{0xFF123456, 0xFF000000, 0xFFFFFFFF, 0xFFFF0000};
     TestArray words(VT_I4, some), colors(VT_I4, 256), transparencies(VT_UI1, 256);
     TwinImage icon(random, store, Kind::grey8, 9, 9);
-    const auto drawIcon = [&](SAFEARRAY** first, SAFEARRAY** second) {
-        return engine->DrawIcon8(0, icon.image->icon(), first, second, 0, 0, 1, 0, 0, 9, 9);
-    };
     const auto expectDrawn = [&](HRESULT expected, SAFEARRAY** first, SAFEARRAY** second) {
         BufferTwin twin(*this, random);
-        const HRESULT hr = drawIcon(first, second);
+        const HRESULT hr = engine->DrawIcon8(0, icon.image->icon(), first, second, 0, 0, 1, 0, 0, 9, 9);
         expected == S_OK ? expectBare(S_OK, hr) : expectFailure(expected, hr, L"DrawIcon8");
         EXPECT_EQ(expected == S_OK, !twin.holds());
     };
@@ -243,20 +201,17 @@ TEST_P(ImageFailures, OnlyColorsThatShowMustStandForOne) {
                 Drawing icon(random, Drawing::icon, false);
                 icon.iconX = icon.iconY = 0;
                 icon.scale = 1;
-                model::Icon twinIcon{icon.picture.twin.planes[0], {}, {}};
                 std::fill_n(icon.words(), 256, 0);
                 std::fill_n(icon.bytes(), 256, BYTE{0});
                 icon.words()[i] = bad;
                 icon.bytes()[i] = static_cast<BYTE>(percent);
-                twinIcon.transparency[i] = percent == 100 || (percent > 100 && !palettised) ? 100 : 0;
                 BufferTwin twin(*this, random);
                 const HRESULT hr = icon.draw(engine.Get(), everywhere);
                 if (palettised ? percent != 0 && bad + 1 != 0 : percent < 100) {
                     expectFailure(OleTranslateColor(bad, nullptr, &unused), hr, L"DrawIcon8");
                 } else {
                     expectBare(S_OK, hr);
-                    model::drawIcon(twin.buffer, twinIcon, icon.iconX, icon.iconY, icon.scale, everywhere,
-                                    {});
+                    icon.draw(twin.buffer, everywhere, {}, 0, [](model::Color) { return std::uint8_t{0}; });
                 }
                 EXPECT_TRUE(twin.holds());
             }
@@ -264,34 +219,6 @@ TEST_P(ImageFailures, OnlyColorsThatShowMustStandForOne) {
     }
     expectFailure(E_INVALIDARG, engine->put_Image8GreyColorMap(200, 0x03000000),
                   L"Unable to translate color.");
-}
-
-TEST_P(ImageFailures, AMapIsKeptOrEmptyWhenThePlatformFails) {
-    const Words some(300, 0xFF0000FF);
-    TestArray words(VT_I4, some);
-    for (const auto& [name, get, put] : maps) {
-        FailurePlan plan;
-        const FailingImport<"malloc", void*(std::size_t)> memory(engineModule(), plan);
-        const int failures = plan.sweep([&] {
-            if (const HRESULT hr = (engine.Get()->*put)(&words.array); hr != S_OK) {
-                expectFailure(E_OUTOFMEMORY, hr, L"put_" + name);
-                const Words left =
-                    readMap(engine.Get(), get); // what was appended, which the 8-bit map does not show
-                EXPECT_LT(left.size(), name[5] == L'8' ? 1u : 300u);
-                EXPECT_EQ(Words(left.size(), some[0]), left);
-            }
-        });
-        EXPECT_LT(0, failures);
-        SAFEARRAY* array = words.array;
-        const ImportHook<HOOK(SafeArrayCopy)> hook(engineModule(),
-                                                   [](SAFEARRAY*, SAFEARRAY**) { return ownFailure; });
-        expectFailure(ownFailure, (engine.Get()->*get)(&array), L"get_" + name + L" ");
-        EXPECT_EQ(nullptr, array);
-        expectBare(E_POINTER, (engine.Get()->*put)(nullptr));
-    }
-    for (const auto& [name, get, put] : maps) {
-        EXPECT_EQ(some, readMap(engine.Get(), get));
-    }
 }
 
 } // namespace

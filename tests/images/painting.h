@@ -187,22 +187,11 @@ struct Drawing {
     TestArray colors{VT_I4, 256}, transparencies{VT_UI1, 256};
 };
 
-template <class Use>
-void withPixels(const GdiView& view, const Use& use) {
-    use(Pixels(view.bits()));
-}
-template <class Use>
-void withPixels(const EngineView& view, const Use& use) {
-    view.withPixels(use);
-}
-
 // What a buffer must hold: random pixels that are there already, until the model draws over them.
 class BufferTwin {
 public:
-    template <class View>
-    BufferTwin(const View& view, Random& random)
-        : access_([&view](const auto& use) { withPixels(view, use); }) {
-        access_([&](const Pixels& p) {
+    BufferTwin(const EngineView& view, Random& random) : view_(view) {
+        view_.withPixels([&](const Pixels& p) {
             buffer = {p.format, p.width, p.height, {}};
             for (int y = 0; y < p.height; ++y) {
                 random.fill(p.at(0, y), p.width * p.bytes);
@@ -220,7 +209,7 @@ public:
     // case the model goes on with the pixels as they are and the unused byte is not looked at.
     [[nodiscard]] testing::AssertionResult holds(std::optional<int> allowed = {}) {
         auto result = testing::AssertionSuccess();
-        access_([&](const Pixels& p) {
+        view_.withPixels([&](const Pixels& p) {
             for (int i = 0; i < buffer.width * buffer.height; ++i) {
                 const int x = i % buffer.width, y = i / buffer.width;
                 const std::uint32_t is = p.value(x, y), expected = buffer.pixels[i];
@@ -242,7 +231,7 @@ public:
     }
 
 private:
-    std::function<void(const std::function<void(const Pixels&)>&)> access_;
+    const EngineView& view_;
     std::vector<std::uint8_t> memory_;
 };
 

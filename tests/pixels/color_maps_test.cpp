@@ -95,7 +95,7 @@ void checkColorMaps(Random& random) {
 }
 
 TEST(ColorMaps, TablesAlwaysAgreeWithTheMap) {
-    forEachCase(400, checkColorMaps);
+    runCases(400, checkColorMaps);
 }
 
 } // namespace talx::test

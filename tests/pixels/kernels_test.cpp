@@ -1,4 +1,5 @@
-// The resampling kernels against the model, between fences, memory running out at every point of them.
+// The resampling kernels in every version against the model, between fences, memory running out at every
+// point of them.
 #include "render/pixels/kernels.h"
 
 #include "tests/model/model.h"
@@ -68,6 +69,7 @@ void checkKernel(Random& random) {
                            : std::nullopt;
         return p ? source.value(p->x, p->y) : destination.value(x, y);
     };
+    limitInstructionSet(randomInstructionSet(random));
     SCOPED_TRACE(testing::Message() << "method " << method << ", scale " << scale);
     destination.check(random, expected, [&] {
         const std::size_t memory = withEveryAllocationFailing(
@@ -77,7 +79,7 @@ void checkKernel(Random& random) {
 }
 
 TEST(Kernels, GiveWhatTheModelGives) {
-    forEachCase(30000, checkKernel);
+    runCases(30000, checkKernel);
 }
 
 } // namespace talx::test

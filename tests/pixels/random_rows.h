@@ -2,6 +2,7 @@
 #pragma once
 
 #include "render/pixels/row_converters.h"
+#include "render/pixels/versions.h"
 #include "tests/support/fenced_memory.h"
 
 #include <gtest/gtest.h>
@@ -19,8 +20,11 @@ namespace talx::test {
 // gives the first of them itself.
 class Random {
 public:
-    explicit Random(unsigned number, std::span<const std::uint8_t> given = {})
-        : engine_(number + 1000003u * testing::UnitTest::GetInstance()->random_seed()), given_(given) {}
+    explicit Random(unsigned caseNumber, std::span<const std::uint8_t> given = {})
+        : number(caseNumber), engine_(number + 1000003u * testing::UnitTest::GetInstance()->random_seed()),
+          given_(given) {}
+
+    const unsigned number;
 
     std::uint32_t word() {
         auto word = static_cast<std::uint32_t>(engine_());
@@ -50,17 +54,35 @@ private:
     std::span<const std::uint8_t> given_;
 };
 
-// Runs cases 0, 1, 2, ..., each with random numbers of its own, until one fails. TALX_TEST_FACTOR=N asks for
-// N times as many.
+inline int setting(const char* name, int otherwise) {
+    const char* const value = std::getenv(name);
+    return value ? std::atoi(value) : otherwise;
+}
+// How much longer than usual the random and the long tests run.
+inline int testFactor() {
+    return std::max(setting("TALX_TEST_FACTOR", 1), 1);
+}
+// The number of the one case that is to be run, or -1.
+inline int onlyCase() {
+    return setting("TALX_TEST_CASE", -1);
+}
+
+// Runs cases 0, 1, 2, ..., each from random numbers of its own, until one fails; with TALX_TEST_CASE=N only
+// case N.
 template <class Run>
-void forEachCase(unsigned count, const Run& run) {
-    const int seed = testing::UnitTest::GetInstance()->random_seed();
-    const char* const factor = std::getenv("TALX_TEST_FACTOR");
-    count *= factor ? std::max(std::atoi(factor), 1) : 1;
-    for (unsigned number = 0; number < count; ++number) {
+void runCases(unsigned count, const Run& run) {
+    const unsigned first = std::max(onlyCase(), 0), end = onlyCase() < 0 ? count * testFactor() : first + 1;
+    for (unsigned number = first; number < end && !testing::Test::HasFailure(); ++number) {
         Random random(number);
-        ASSERT_NO_FATAL_FAILURE(run(random)) << "case " << number << ", --gtest_random_seed=" << seed;
+        run(random);
+        EXPECT_FALSE(testing::Test::HasFailure())
+            << "TALX_TEST_CASE=" << number
+            << " and --gtest_random_seed=" << testing::UnitTest::GetInstance()->random_seed();
     }
+}
+
+inline InstructionSet randomInstructionSet(Random& random) {
+    return random.oneOf({InstructionSet::Plain, InstructionSet::Avx2, InstructionSet::Avx512});
 }
 
 // Rows of random pixels against a fence: padded or not, stored in either direction, at any address. There are
@@ -105,6 +127,8 @@ public:
             const std::uint32_t pixel = pixelAt(i % width, i / width);
             std::memcpy(&expected[at(i % width, i / width) - lowest_], &pixel, pixelBytes);
         }
+        // The stack is in any of the phases in which 64-bit Windows may call a function.
+        *static_cast<volatile char*>(__builtin_alloca(16 * random.between(1, 4))) = 0;
         draw();
         const auto [byte, seen] = std::mismatch(expected.begin(), expected.end(), lowest_);
         ASSERT_TRUE(byte == expected.end()) << seen - data << " bytes from pixel (0, 0)";

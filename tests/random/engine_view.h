@@ -1,4 +1,4 @@
-// Either engine on a screen of any format, the pixels of its buffer, and random cases that can be replayed.
+// Either engine on a screen of any format, the pixels of its buffer.
 #pragma once
 
 #include "tests/ddraw/fake_direct_draw.h"
@@ -11,32 +11,6 @@
 #include <tuple>
 
 namespace talx::test {
-
-inline int setting(const char* name, int otherwise) {
-    const char* value = getenv(name);
-    return value ? atoi(value) : otherwise;
-}
-// How much longer than usual the random and the long tests run.
-inline int testFactor() {
-    return setting("TALX_TEST_FACTOR", 1);
-}
-// The number of the one case that is to be run, or -1.
-inline int onlyCase() {
-    return setting("TALX_TEST_CASE", -1);
-}
-
-// Runs cases 0, 1, 2, ..., each from random numbers of its own, until one fails; with TALX_TEST_CASE=N only
-// case N.
-template <class Run>
-void runCases(unsigned count, const Run& run) {
-    const unsigned first = std::max(onlyCase(), 0), end = onlyCase() < 0 ? count * testFactor() : first + 1;
-    for (unsigned number = first; number < end && !testing::Test::HasFailure(); ++number) {
-        SCOPED_TRACE(testing::Message() << "TALX_TEST_CASE=" << number << " and --gtest_random_seed="
-                                        << testing::UnitTest::GetInstance()->random_seed());
-        Random random(number);
-        run(random, number);
-    }
-}
 
 // The memory of a buffer.
 struct Pixels {
