@@ -51,9 +51,6 @@ inline COLORREF translated(OLE_COLOR ole) {
     OleTranslateColor(ole, nullptr, &color);
     return color;
 }
-inline model::Color translatedColor(OLE_COLOR ole) {
-    return fromColorRef(translated(ole));
-}
 
 // The entries of a colour map, as an array of 4-byte integers from 0 on.
 using MapGetter = HRESULT (ITalRenderEngine2::*)(SAFEARRAY**);
@@ -110,25 +107,16 @@ struct Drawing {
         constexpr int limits[] = {least, least + 1, -1000000000, most - 60, most};
         constexpr double places[] = {10.7, -0.5, -3.99, -1e10, 2147483647.5, notANumber, infinity, -infinity};
         constexpr double wildScales[] = {1e9, 1e300, 1e-9, 0, -1.5, notANumber, infinity, -infinity};
-        constexpr double scales[] = {1,
-                                     1,
-                                     1,
-                                     2,
-                                     3,
-                                     5,
-                                     17,
-                                     3.0000000000000004,
-                                     4.999999999999999,
-                                     0.5,
-                                     0.25,
-                                     1.00000000005,
-                                     1.0000000001,
-                                     0.9999999999};
+        constexpr double scales[] = {1, 1, 1, 2, 3, 5, 17, 0.5, 0.25, 0.9999999999};
+        constexpr double almost[] = {3.0000000000000004, 4.999999999999999, 1.00000000005, 1.0000000001};
         x = wild && r.oneIn(12) ? pick(r, limits) : r.between(-40, 39);
         y = wild && r.oneIn(12) ? pick(r, limits) : r.between(-30, 29);
         iconX = wild && r.oneIn(6) ? pick(r, places) : x + r.real(-0.9, 0.9);
         iconY = wild && r.oneIn(6) ? pick(r, places) : y + r.real(-0.9, 0.9);
-        scale = r.oneIn(3) ? r.real(0.05, 4) : wild && r.oneIn(4) ? pick(r, wildScales) : pick(r, scales);
+        scale = r.oneIn(3)           ? r.real(0.05, 4)
+                : wild && r.oneIn(4) ? pick(r, wildScales)
+                : r.oneIn(3)         ? pick(r, almost)
+                                     : pick(r, scales);
         for (int i = 0; i < 256; ++i) {
             const OLE_COLOR c = r.oneIn(4) ? 0x80000000u | COLOR_BTNFACE
                                            : r.oneOf<std::uint32_t>({black, white, grey, r.word() & white});
@@ -161,7 +149,8 @@ struct Drawing {
     void draw(model::Buffer& buffer, const model::Rect& clip, const model::ColorState& state, int method,
               const model::NearestIndex& nearest) const {
         model::Icon twin{picture.twin.planes[0], {}, {}};
-        std::transform(words(), words() + 256, twin.colors.begin(), translatedColor);
+        std::transform(words(), words() + 256, twin.colors.begin(),
+                       [](OLE_COLOR ole) { return fromColorRef(translated(ole)); });
         std::copy_n(bytes(), 256, twin.transparency.begin());
         if (what == image) {
             return model::drawImage(buffer, picture.twin, state, x, y, scale, clip, method);

@@ -3,9 +3,9 @@
 
 #include "tests/ddraw/fake_direct_draw.h"
 #include "tests/gdi/gdi_view.h"
+#include "tests/model/model.h"
 #include "tests/pixels/random_rows.h"
 
-#include <deque>
 #include <memory>
 #include <optional>
 #include <tuple>
@@ -96,9 +96,9 @@ struct EngineView {
         return result;
     }
     // The index of the nearest colour in the screen's palette.
-    [[nodiscard]] std::uint8_t nearestIndex(COLORREF color) const {
+    [[nodiscard]] std::uint8_t nearestIndex(model::Color c) const {
         return static_cast<std::uint8_t>(
-            GetNearestPaletteIndex(static_cast<HPALETTE>(palette_.get()), color));
+            GetNearestPaletteIndex(static_cast<HPALETTE>(palette_.get()), RGB(c.red, c.green, c.blue)));
     }
     void changePalette(int seed) {
         screen.changePalette(seed);
@@ -106,26 +106,6 @@ struct EngineView {
         EXPECT_EQ(S_OK, engine->PaletteChange());
     }
 
-private:
-    std::deque<std::shared_ptr<void>> fences_; // of the last bitmaps
-    // Bitmaps end where their memory does; a fence stands behind, unless something else lies there already.
-    ImportHook<HOOK(CreateDIBSection)> fenced_{
-        engineModule(), [this](HDC dc, const BITMAPINFO* info, UINT use, void** bits, HANDLE, DWORD) {
-            const auto& h = info->bmiHeader;
-            const DWORD size = (h.biWidth * h.biBitCount + 31) / 32 * 4 * std::abs(h.biHeight);
-            const DWORD all = (size + 0xFFFF) & ~0xFFFFu;
-            const HANDLE memory =
-                CreateFileMappingW(INVALID_HANDLE_VALUE, nullptr, PAGE_READWRITE, 0, all, nullptr);
-            const HBITMAP bitmap = fenced_.original(dc, info, use, bits, memory, all - size);
-            CloseHandle(memory);
-            void* const behind = bitmap ? static_cast<BYTE*>(*bits) + size : nullptr;
-            fences_.emplace_back(VirtualAlloc(behind, 0x10000, MEM_RESERVE, PAGE_NOACCESS),
-                                 [](void* fence) { VirtualFree(fence, 0, MEM_RELEASE); });
-            fences_.size() > 8 ? fences_.pop_front() : void();
-            return bitmap;
-        }};
-
-public:
     const bool directDraw;
     const int screenFormat;
     ScreenFormat screen;

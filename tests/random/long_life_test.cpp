@@ -1,5 +1,5 @@
 // A process that uses engines for long: what it holds does not grow.
-#include "tests/images/painting.h"
+#include "tests/ddraw/ddraw_view.h"
 #include "tests/support/event_sink.h"
 
 #include <psapi.h>
@@ -33,24 +33,21 @@ struct Holdings {
     }
 };
 
-void repaint(ITalRenderEngine2* engine, int i) {
+void repaint(const ComPtr<ITalRenderEngine2>& engine, int i) {
     EventSink sink;
-    Random random(i & 63);
-    Drawing picture(random, Drawing::image, true, static_cast<model::Kind>(i & 3)),
-        icon(random, Drawing::icon, true);
     sink.answer = [&](const LayerEvent&) {
-        picture.draw(engine, everywhere);
+        paintScene(engine);
     };
+    TestArray colors(VT_I4, std::vector<int>(i % 500));
     EXPECT_EQ(S_OK, engine->put_Layers(2));
     EXPECT_EQ(S_OK, engine->AdviseRenderEvents(&sink));
     EXPECT_EQ(S_OK, engine->SetExtent(40 + i % 5, 30));
-    EXPECT_EQ(S_OK, engine->put_Image16GreyColorMap(&icon.colors.array));
-    EXPECT_EQ(S_OK, icon.draw(engine, everywhere));
+    EXPECT_EQ(S_OK, engine->put_Image16GreyColorMap(&colors.array));
     EXPECT_EQ(S_OK, engine->EndLayerUpdate(1, least, least, most, most));
     EXPECT_EQ(E_POINTER, engine->GetExtent(nullptr, nullptr));
     ComPtr<ITalRenderTargetAccess> targets;
     ComPtr<IPictureDisp> target;
-    if (SUCCEEDED(engine->QueryInterface(IID_PPV_ARGS(&targets)))) {
+    if (SUCCEEDED(engine.As(&targets))) {
         EXPECT_EQ(S_OK, targets->CreateDIBRenderTarget(talRenderTargetFormatRGB24, &target));
         EXPECT_EQ(S_OK, targets->SetRenderTargetFromDIB(target.Get()));
     }
@@ -68,12 +65,12 @@ TEST(LongLifeOnScreen8, HoldsNoMoreThanAtItsBeginning) {
         Holdings before;
         for (int i = -lives / 4; i < lives; ++i) { // at first the platform takes what it keeps
             before = i == 0 ? Holdings::now() : before;
-            repaint(view.engine.Get(), i & 0xFFFFFF);
+            repaint(view.engine, i & 0xFFFF);
             std::thread([&] {
                 EXPECT_EQ(S_OK, CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED));
                 auto engine = view.newEngine();
                 view.initialize(engine.Get());
-                repaint(engine.Get(), i & 0xFFFFFF);
+                repaint(engine, i & 0xFFFF);
                 engine.Reset();
                 CoUninitialize();
             }).join();

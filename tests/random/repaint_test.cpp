@@ -54,7 +54,7 @@ INSTANTIATE_TEST_SUITE_P(Views, Repaint, everyView, viewName);
 TEST_P(Repaint, OfAPartEqualsTheWhole) {
     const auto [directDraw, format] = GetParam();
     const bool real = directDraw && format == realScreen; // where each repaint is slow
-    runCases(real ? 1 : 25, [&](Random& random, unsigned) {
+    runCases(real ? 1 : 25, [&](Random& random) {
         EventSink sink;
         EngineView view(directDraw, format);
         EngineView::initialize(view.engine.Get());
