@@ -229,11 +229,9 @@ struct Argument<T*> {
                r.between(1, 40), r.between(1, 40), r.oneIn(2), r.between(0, 6)) {
         T* const own = static_cast<T*>(twin.image->icon());
         value = r.oneIn(8) ? nullptr : r.oneIn(4) ? life.object(library) : own;
-        twin.image->fault = {static_cast<ImageStep>(r.between(-9, 9)),
-                             r.oneOf({S_OK, E_FAIL, ownFailure}),
-                             r.between(0, 2),
-                             r.oneIn(2),
-                             {}};
+        const HRESULT result = r.oneOf({S_OK, E_FAIL, ownFailure});
+        twin.image->fault = {
+            static_cast<ImageStep>(r.between(-9, 9)), result, r.between(0, 2), r.oneIn(2), {}};
         if (r.oneIn(2)) {
             twin.image->fault.instead = [&life, &image = *twin.image, w = twin.twin.planes[0].width] {
                 image.width = life.random.between(-1, w);
@@ -291,6 +289,9 @@ HRESULT changeDisplay(Life& life, Random& r) {
 }
 HRESULT release(Life& life, Random&) {
     life.view.engine.Reset();
+    // An engine that is inside a method stays until its end.
+    EXPECT_TRUE(life.depth == 1 ||
+                exported<HRESULT WINAPI()>(engineModule(), "DllCanUnloadNow")() == S_FALSE);
     return S_OK;
 }
 
@@ -304,6 +305,13 @@ void noteInitialize(State& s, HRESULT hr, __int64, long w, long h) {
     }
 }
 
+// Of a property. What is stored of a truth value is whether it holds.
+template <auto field>
+struct Stored {
+    void operator()(State& s, HRESULT, auto value) const {
+        s.*field = std::is_same_v<decltype(value), VARIANT_BOOL> ? value != 0 : value;
+    }
+};
 template <auto method>
 const char* nameOf() {
     return __PRETTY_FUNCTION__;
@@ -318,26 +326,12 @@ constexpr HRESULT (STDMETHODCALLTYPE IUnknown::*query)(REFIID, void**) = &IUnkno
 const std::vector<std::vector<Call>> calls = {
     {{'f', "Initialize", any<&Engine::Initialize, noteInitialize>},
      {'F', "SetExtent", any<&Engine::SetExtent, noteExtent>},
-     {'b', "put_Layers",
-      any<&Engine::put_Layers,
-          [](State& s, HRESULT, long n) {
-              s.layers = n;
-          }>},
-     {'b', "put_ScalingMethod",
-      any<&Scaling::put_ScalingMethod,
-          [](State& s, auto, auto m) {
-              s.method = m;
-          }>},
+     {'b', "put_Layers", any<&Engine::put_Layers, Stored<&State::layers>()>},
+     {'b', "put_ScalingMethod", any<&Scaling::put_ScalingMethod, Stored<&State::method>()>},
      {'b', "put_VisiblePixelMaskEnable",
-      any<&Engine::put_VisiblePixelMaskEnable,
-          [](State& s, auto, auto is) {
-              s.maskEnabled = is != 0;
-          }>},
+      any<&Engine::put_VisiblePixelMaskEnable, Stored<&State::maskEnabled>()>},
      {'b', "put_VisiblePixelMaskColor",
-      any<&Engine::put_VisiblePixelMaskColor,
-          [](State& s, auto, auto c) {
-              s.maskColor = c;
-          }>}},
+      any<&Engine::put_VisiblePixelMaskColor, Stored<&State::maskColor>()>}},
     all<&Engine::DrawImage, &Engine::DrawIcon8, &Engine::Fill, &Engine::GetDrawContext,
         &Engine::RefreshScreen>('F'),
     all<&Engine::ReleaseDrawContext>('R'),
