@@ -309,7 +309,11 @@ void noteInitialize(State& s, HRESULT hr, __int64, long w, long h) {
 template <auto field>
 struct Stored {
     void operator()(State& s, HRESULT, auto value) const {
-        s.*field = std::is_same_v<decltype(value), VARIANT_BOOL> ? value != 0 : value;
+        if constexpr (std::is_same_v<decltype(value), VARIANT_BOOL>) {
+            s.*field = value != 0;
+        } else {
+            s.*field = value;
+        }
     }
 };
 template <auto method>
@@ -326,12 +330,12 @@ constexpr HRESULT (STDMETHODCALLTYPE IUnknown::*query)(REFIID, void**) = &IUnkno
 const std::vector<std::vector<Call>> calls = {
     {{'f', "Initialize", any<&Engine::Initialize, noteInitialize>},
      {'F', "SetExtent", any<&Engine::SetExtent, noteExtent>},
-     {'b', "put_Layers", any<&Engine::put_Layers, Stored<&State::layers>()>},
-     {'b', "put_ScalingMethod", any<&Scaling::put_ScalingMethod, Stored<&State::method>()>},
+     {'b', "put_Layers", any<&Engine::put_Layers, Stored<&State::layers>{}>},
+     {'b', "put_ScalingMethod", any<&Scaling::put_ScalingMethod, Stored<&State::method>{}>},
      {'b', "put_VisiblePixelMaskEnable",
-      any<&Engine::put_VisiblePixelMaskEnable, Stored<&State::maskEnabled>()>},
+      any<&Engine::put_VisiblePixelMaskEnable, Stored<&State::maskEnabled>{}>},
      {'b', "put_VisiblePixelMaskColor",
-      any<&Engine::put_VisiblePixelMaskColor, Stored<&State::maskColor>()>}},
+      any<&Engine::put_VisiblePixelMaskColor, Stored<&State::maskColor>{}>}},
     all<&Engine::DrawImage, &Engine::DrawIcon8, &Engine::Fill, &Engine::GetDrawContext,
         &Engine::RefreshScreen>('F'),
     all<&Engine::ReleaseDrawContext>('R'),
