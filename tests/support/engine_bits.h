@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <cstring>
+#include <memory>
 
 namespace talx::test {
 
@@ -15,19 +16,16 @@ public:
     // Never active: destroying an active window takes Wine seconds.
     TestWindow(int left, int top, int width, int height)
         : window_(CreateWindowExW(WS_EX_TOOLWINDOW | WS_EX_NOACTIVATE, L"STATIC", L"", WS_POPUP, left, top,
-                                  width, height, nullptr, nullptr, nullptr, nullptr)) {
-        ShowWindow(window_, SW_SHOWNA);
-        UpdateWindow(window_);
+                                  width, height, nullptr, nullptr, nullptr, nullptr),
+                  DestroyWindow) {
+        ShowWindow(handle(), SW_SHOWNA);
+        UpdateWindow(handle());
     }
-    ~TestWindow() { DestroyWindow(window_); }
-    TestWindow(const TestWindow&) = delete;
-    TestWindow& operator=(const TestWindow&) = delete;
-
-    [[nodiscard]] HWND handle() const { return window_; }
-    [[nodiscard]] __int64 value() const { return reinterpret_cast<__int64>(window_); }
+    [[nodiscard]] HWND handle() const { return window_.get(); }
+    [[nodiscard]] __int64 value() const { return reinterpret_cast<__int64>(handle()); }
 
 private:
-    HWND window_;
+    const std::unique_ptr<HWND__, decltype(&DestroyWindow)> window_;
 };
 
 // A DIB section's memory, top row first, while the bitmap lives. Empty when the bitmap is no DIB section.

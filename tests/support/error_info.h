@@ -47,11 +47,8 @@ inline void expectError(HRESULT expected, const std::wstring& description, HRESU
                         const IID& interfaceId = __uuidof(ITalRenderEngine)) {
     const ErrorInfo info = takeErrorInfo();
     EXPECT_EQ(expected, actual) << std::hex << expected << " expected, got " << actual;
-    EXPECT_TRUE(info.present);
-    EXPECT_EQ(description, info.description);
-    EXPECT_EQ(source, info.source);
-    EXPECT_TRUE(info.interfaceId == interfaceId);
-    EXPECT_FALSE(info.help);
+    EXPECT_EQ(description + L" of " + source, info.description + L" of " + info.source);
+    EXPECT_TRUE(info.present && info.interfaceId == interfaceId && !info.help);
 }
 
 // A call that has just ended with a bare HRESULT.

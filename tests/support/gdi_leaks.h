@@ -37,8 +37,8 @@ public:
     LeakCheck(HMODULE module, std::span<const MakerAndTaker> pairs)
         : pairs_(pairs),
           gate_(
-              entries(module), [this](const ImportedCall& call) { return take(call), std::nullopt; },
-              [this](const ImportedCall& call, std::uintptr_t result) { make(call, result); }) {}
+              entries(module), [](const ImportedCall&) { return std::nullopt; },
+              [this](const ImportedCall& call, std::uintptr_t result) { track(call, result); }) {}
     ~LeakCheck() { EXPECT_EQ(0u, live()) << "of " << (live_.empty() ? "" : live_.begin()->first); }
 
     [[nodiscard]] std::size_t live() const { return live_.size(); }
@@ -54,17 +54,12 @@ private:
         });
         return all;
     }
-    void take(const ImportedCall& call) {
-        for (const MakerAndTaker& p : pairs_) {
-            if (call.function == p.taker) {
-                return remove(p.taker, call.arguments[p.argument]);
-            }
-        }
-    }
-    void make(const ImportedCall& call, std::uintptr_t result) {
+    void track(const ImportedCall& call, std::uintptr_t result) {
         for (const MakerAndTaker& p : pairs_) {
             if (call.function == p.maker && result) {
                 live_.emplace(p.taker, reinterpret_cast<void*>(result));
+            } else if (call.function == p.taker) {
+                return remove(p.taker, call.arguments[p.argument]);
             }
         }
         // A picture that owns its bitmap deletes it itself.

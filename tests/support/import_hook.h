@@ -15,7 +15,6 @@
 #include <array>
 #include <cstdint>
 #include <functional>
-#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -30,8 +29,6 @@ struct Import {
 std::vector<Import> imports(HMODULE module);
 void writeImport(void** entry, void* function);
 
-// The entries of a module's import table through which it calls a function, whichever DLL it comes from.
-std::vector<void**> importEntries(HMODULE module, const std::string& function);
 // The names of the DLLs that a module imports from.
 std::vector<std::string> importedModules(HMODULE module);
 
@@ -50,53 +47,44 @@ class ImportHook;
 template <FunctionName name, class Result, class... Args>
 class ImportHook<name, Result(Args...)> {
 public:
-    using ResultType = Result;
-
     ImportHook(HMODULE module, std::function<Result(Args...)> replacement)
-        : replacement_(std::move(replacement)), outer_(innermost_),
-          entries_(importEntries(module, name.text)) {
+        : replacement_(std::move(replacement)), outer_(innermost_), entries_(imports(module)) {
+        std::erase_if(entries_, [](const Import& import) { return import.function != name.text; });
+        EXPECT_FALSE(entries_.empty()) << name.text << " is not imported";
         innermost_ = this;
-        if (!outer_ && !entries_.empty()) {
-            real_ = reinterpret_cast<Result (*)(Args...)>(*entries_.front());
-            writeEntries(reinterpret_cast<void*>(&enter));
+        for (const Import& import : entries_) { // one for each DLL that it may come from
+            real_ = *import.entry;
+            writeImport(import.entry, reinterpret_cast<void*>(&enter));
         }
     }
     ~ImportHook() {
         innermost_ = outer_;
-        if (!outer_ && real_) {
-            writeEntries(reinterpret_cast<void*>(real_));
-            real_ = nullptr;
+        for (const Import& import : entries_) {
+            writeImport(import.entry, real_);
         }
     }
     ImportHook(const ImportHook&) = delete;
     ImportHook& operator=(const ImportHook&) = delete;
 
-    // Whether the module calls the function at all; a test of that call makes no sense otherwise.
-    [[nodiscard]] bool imported() const { return !entries_.empty(); }
-
-    Result original(Args... args) const { return outer_ ? outer_->replacement_(args...) : real_(args...); }
+    Result original(Args... args) const {
+        return outer_ ? outer_->replacement_(args...) : reinterpret_cast<Result (*)(Args...)>(real_)(args...);
+    }
 
 private:
     static Result WINAPI enter(Args... args) { return innermost_->replacement_(args...); }
 
-    void writeEntries(void* function) const {
-        for (void** entry : entries_) {
-            writeImport(entry, function);
-        }
-    }
-
     inline static ImportHook* innermost_ = nullptr;
-    inline static Result (*real_)(Args...) = nullptr;
 
     std::function<Result(Args...)> replacement_;
     ImportHook* outer_;
-    std::vector<void**> entries_;
+    std::vector<Import> entries_;
+    void* real_ = nullptr;
 };
 
 // A call that a module makes through its import table.
 struct ImportedCall {
     const std::string& function;
-    std::array<void*, 4> arguments; // the first four of those that are numbers or pointers
+    std::array<void*, 13> arguments; // and what lies behind those that it has
 };
 
 // Sees the calls of functions of any kind. Gates and hooks of one module may be nested.
@@ -113,13 +101,8 @@ public:
     ImportGate(const ImportGate&) = delete;
     ImportGate& operator=(const ImportGate&) = delete;
 
-    struct Watched;
-
-private:
-    Before before_;
-    After after_;
-    void* code_;
-    std::vector<std::unique_ptr<Watched>> watched_;
+    const Before before;
+    const After after;
 };
 
 // Decides which call fails, counting the calls of all FailingImports that belong to it. Without a sweep none
@@ -158,25 +141,13 @@ private:
     int failing_ = 0; // 0: none
 };
 
+// A failing call answers 0 and has done nothing.
 template <FunctionName name, class Function>
-class FailingImport {
-public:
-    using Result = typename ImportHook<name, Function>::ResultType;
-
-    // failure: what a failing call returns, having done nothing else than to set the thread's last error.
-    FailingImport(HMODULE module, FailurePlan& plan, Result failure = Result{})
-        : hook_(module, [this, &plan, failure](auto... args) -> Result {
-              if (plan.nextCallFails()) {
-                  SetLastError(ERROR_NOT_ENOUGH_MEMORY);
-                  return failure;
-              }
-              return hook_.original(args...);
-          }) {
-        EXPECT_TRUE(hook_.imported()) << name.text << " is not imported";
-    }
-
-private:
-    ImportHook<name, Function> hook_;
+struct FailingImport : ImportHook<name, Function> {
+    FailingImport(HMODULE module, FailurePlan& plan)
+        : ImportHook<name, Function>(module, [this, &plan](auto... args) {
+              return plan.nextCallFails() ? decltype(this->original(args...)){} : this->original(args...);
+          }) {}
 };
 
 } // namespace talx::test

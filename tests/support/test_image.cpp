@@ -7,14 +7,16 @@ namespace talx::test {
 // A plane of a colour image, or an access to a plane: what an image hands out beside itself.
 class TestPart final : public ITalPelAccessSource, public ITalPelAccess {
 public:
-    TestPart(TestImage& image, int plane, bool access) : image_(image), plane_(plane), access_(access) {}
+    TestPart(TestImage& image, int plane, bool access) : image_(image), plane_(plane), access_(access) {
+        image.accesses += access;
+    }
 
     STDMETHOD(QueryInterface)(REFIID iid, void** object) override {
         const IID& face = access_ ? __uuidof(ITalPelAccess) : __uuidof(ITalPelAccessSource);
         const bool known = !image_.failsAt(ImageStep::source, plane_) && (iid == face || iid == IID_IUnknown);
-        *object = !known    ? nullptr
-                  : access_ ? static_cast<void*>(static_cast<ITalPelAccess*>(this))
-                            : static_cast<ITalPelAccessSource*>(this);
+        ITalPelAccess* const access = this;
+        ITalPelAccessSource* const source = this;
+        *object = !known ? nullptr : access_ ? static_cast<void*>(access) : source;
         return known ? AddRef(), S_OK : E_NOINTERFACE;
     }
     STDMETHOD_(ULONG, AddRef)() override { return image_.AddRef(), ++references_; }
@@ -31,7 +33,7 @@ public:
     STDMETHOD(CreatePelAccess)
     (TalPelAccessMode mode, long l, long t, long w, long h, ITalPelAccess** access) override {
         EXPECT_TRUE(mode == talPelAccessRead && !l && !t && !w && !h);
-        return image_.makeAccess(plane_, access);
+        return image_.make(ImageStep::access, plane_, access);
     }
 
     STDMETHOD(get_Data)(__int64* data) override {
@@ -61,60 +63,51 @@ TestImage::~TestImage() {
 }
 
 STDMETHODIMP TestImage::QueryInterface(REFIID iid, void** object) {
-    *object = nullptr;
-    if (iid == IID_IUnknown || iid == __uuidof(ITalImage)) {
-        *object = image();
-    } else if (iid == __uuidof(ITalImage8Grey) && is(ImageKind::grey8)) {
-        *object = static_cast<ITalImage8Grey*>(this);
-    } else if (iid == __uuidof(ITalImageColor) && is(ImageKind::color)) {
-        *object = static_cast<ITalImageColor*>(this);
-    } else if (iid == __uuidof(ITalImage16Grey) && is(ImageKind::grey16)) {
-        *object = static_cast<ITalImage16Grey*>(this);
-    } else if (iid == __uuidof(ITalImage16Range) && is(ImageKind::range16)) {
-        *object = static_cast<ITalImage16Range*>(this);
-    } else if (failsAt(ImageStep::source)) {
+    const bool any = iid == IID_IUnknown || iid == __uuidof(ITalImage);
+    *object = any ? image() : nullptr;
+    const auto offer = [&]<class Interface>(ImageKind kind, Interface* face) {
+        if (iid == __uuidof(Interface) && (kind == kind_ || kind == alsoKind)) {
+            *object = face;
+        }
+    };
+    offer(ImageKind::grey8, static_cast<ITalImage8Grey*>(this));
+    offer(ImageKind::color, static_cast<ITalImageColor*>(this));
+    offer(ImageKind::grey16, static_cast<ITalImage16Grey*>(this));
+    offer(ImageKind::range16, static_cast<ITalImage16Range*>(this));
+    if (!*object && failsAt(ImageStep::source)) {
         return fault.result;
-    } else if (iid == __uuidof(ITalPelAccessSource) && is(ImageKind::grey8)) {
-        *object = static_cast<ITalPelAccessSource*>(this);
-    } else if (iid == __uuidof(ITalPelAccessSource16) && is(ImageKind::grey16)) {
-        *object = static_cast<ITalPelAccessSource16*>(this);
-    } else {
-        return E_NOINTERFACE;
     }
-    AddRef();
-    return S_OK;
+    offer(ImageKind::grey8, static_cast<ITalPelAccessSource*>(this));
+    offer(ImageKind::grey16, static_cast<ITalPelAccessSource16*>(this));
+    return *object ? AddRef(), S_OK : E_NOINTERFACE;
 }
 
 STDMETHODIMP TestImage::GetPlane(long plane, IUnknown** object) {
-    *object = nullptr;
-    const bool fails = failsAt(ImageStep::plane, plane);
-    if (!fails || fault.yield) {
-        *object = static_cast<ITalPelAccessSource*>(new TestPart(*this, plane, false));
-        (*object)->AddRef();
-    }
-    return fails ? fault.result : S_OK;
+    ITalPelAccessSource* source = nullptr;
+    const HRESULT hr = make(ImageStep::plane, plane, &source);
+    *object = source;
+    return hr;
 }
 
 STDMETHODIMP TestImage::CreatePelAccess(TalPelAccessMode mode, long l, long t, long w, long h,
                                         ITalPelAccess** access) {
     EXPECT_TRUE(mode == talPelAccessRead && !l && !t && !w && !h);
-    return makeAccess(0, access);
+    return make(ImageStep::access, 0, access);
 }
 
 // A range image whose mask access fails has already handed out the access to its values.
 STDMETHODIMP TestImage::CreatePelAccesses(ITalPelAccess** values, ITalPelAccess** mask) {
     *mask = nullptr;
-    const HRESULT hr = makeAccess(0, values);
-    return FAILED(hr) || planes_.size() < 2 ? hr : makeAccess(1, mask);
+    const HRESULT hr = make(ImageStep::access, 0, values);
+    return FAILED(hr) || planes_.size() < 2 ? hr : make(ImageStep::access, 1, mask);
 }
 
-HRESULT TestImage::makeAccess(int plane, ITalPelAccess** access) {
-    *access = nullptr;
-    const bool fails = failsAt(ImageStep::access, plane);
-    if (!fails || fault.yield) {
-        *access = new TestPart(*this, plane, true);
-        (*access)->AddRef();
-        ++accesses;
+template <class Face>
+HRESULT TestImage::make(ImageStep step, int plane, Face** part) {
+    const bool fails = failsAt(step, plane);
+    *part = fails && !fault.yield ? nullptr : new TestPart(*this, plane, step == ImageStep::access);
+    if (*part) {
+        (*part)->AddRef();
     }
     return fails ? fault.result : S_OK;
 }

@@ -77,8 +77,8 @@ private:
         *out = fails && !fault.yield ? Value{} : value;
         return fails ? fault.result : S_OK;
     }
-    HRESULT makeAccess(int plane, ITalPelAccess** access);
-    [[nodiscard]] bool is(ImageKind kind) const { return kind == kind_ || kind == alsoKind; }
+    template <class Face>
+    HRESULT make(ImageStep step, int plane, Face** part);
 
     const ImageKind kind_;
     const std::vector<ImagePlane> planes_;
