@@ -28,20 +28,17 @@ inline HRESULT call(const char* name, HMODULE module) {
     return exported<HRESULT WINAPI()>(module, name)();
 }
 
-// The engine's DLL loaded once more, from a copy of its file in a folder that is made for it: a module with a
-// life of its own.
+// The engine's DLL loaded once more, from a copy of its file: a module with a life of its own.
 struct ModuleCopy {
-    explicit ModuleCopy(const std::wstring& folder)
-        : path((CreateDirectoryW(folder.c_str(), nullptr), folder + L"\\talxrend.dll")),
-          module(CopyFileW(pathOf(engineModule()).c_str(), path.c_str(), FALSE) ? LoadLibraryW(path.c_str())
-                                                                                : nullptr) {}
     ~ModuleCopy() {
         EXPECT_EQ(S_OK, call("DllCanUnloadNow", module));
         FreeLibrary(module);
         EXPECT_EQ(nullptr, GetModuleHandleW(path.c_str()));
     }
-    const std::wstring path;
-    const HMODULE module;
+    const std::wstring folder = L"C:\\it's 'here'", path = folder + L"\\talxrend.dll";
+    const BOOL made = CreateDirectoryW(folder.c_str(), nullptr); // but once
+    const BOOL copied = CopyFileW(pathOf(engineModule()).c_str(), path.c_str(), FALSE);
+    const HMODULE module = LoadLibraryW(path.c_str());
 };
 
 // The blocks in use in all heaps of the process.

@@ -181,6 +181,7 @@ TEST(ImageServer, LetsOneThreadAtATimeReachTheMemory) {
         } else {
             EXPECT_TRUE(method == 2 ? image.open(0) == Target(own[0], 8) : image.size() == std::pair(5L, 2L));
         }
+        EXPECT_EQ(method < 3 ? 2 : 3, calls) << "locks";
         EXPECT_EQ(method < 2 ? 0 : 1, keep.references);
     }
 }
