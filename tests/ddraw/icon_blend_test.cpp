@@ -12,11 +12,11 @@ struct BlendingView : DdrawView {
     }
     void restart() {
         EXPECT_EQ(S_OK, engine->Fill(0, 0, 0, 100, 100, RGB(51, 102, 153)));
-        display.takeCalls();
+        display->takeCalls();
     }
     // The buffer must be exactly as Direct3D leaves it.
     void expectDrawnByDirect3D(const RECT& icon) {
-        EXPECT_FALSE(display.called("buffer.Lock"));
+        EXPECT_FALSE(display->called("buffer.Lock"));
         for (LONG i = 0; i < width * height; ++i) {
             const POINT p{i % width, i / width};
             EXPECT_EQ(PtInRect(&icon, p) ? FakeDisplay::drawnColor : 0x336699, buffer().pixel(p.x, p.y))
@@ -33,17 +33,17 @@ TEST(DdrawIconBlend, FailureAtAnyStepLeavesItToTheSoftwareBlend) {
     BlendingView software({"directdraw.QueryInterface"}), hardware;
     EXPECT_EQ(S_OK, icon.draw(software.engine, 2.9, 3.1));
     EXPECT_EQ(S_OK, icon.draw(hardware.engine, 2.9, 3.1));
-    EXPECT_TRUE(hardware.display.called("device.DrawPrimitive 5 3 4 5"));
+    EXPECT_TRUE(hardware.display->called("device.DrawPrimitive 5 3 4 5"));
     int fallbacks = 0;
-    for (const std::string& step : hardware.display.calls) {
+    for (const std::string& step : hardware.display->calls) {
         SCOPED_TRACE(step);
         BlendingView view;
-        view.display.refuse = {step};
+        view.display->refuse = {step};
         EXPECT_EQ(S_OK, icon.draw(view.engine, 2.9, 3.1));
-        if (view.display.called("buffer.Lock")) {
+        if (view.display->called("buffer.Lock")) {
             ++fallbacks;
             EXPECT_EQ(software.buffer().memory, view.buffer().memory) << "something else was drawn before";
-            view.display.refuse.clear();
+            view.display->refuse.clear();
             view.engine->SetExtent(1, 1);
             view.engine->SetExtent(DdrawView::width, DdrawView::height);
             view.restart();
@@ -56,7 +56,7 @@ TEST(DdrawIconBlend, FailureAtAnyStepLeavesItToTheSoftwareBlend) {
 
 TEST(DdrawIconBlend, DeviceAndTextureAreKeptWhileTheySuit) {
     BlendingView view;
-    FakeDisplay& display = view.display;
+    FakeDisplay& display = *view.display;
     TestIcon icon, small(5), large(36), huge(80);
     EXPECT_EQ(S_OK, icon.draw(view.engine, 35, -7.5));
     view.expectDrawnByDirect3D({35, 0, 40, 12});

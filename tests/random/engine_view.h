@@ -2,7 +2,7 @@
 #pragma once
 
 #include "tests/ddraw/fake_direct_draw.h"
-#include "tests/gdi/gdi_view.h"
+#include "tests/gdi/screen_format.h"
 #include "tests/model/model.h"
 #include "tests/pixels/random_rows.h"
 

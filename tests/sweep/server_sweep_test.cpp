@@ -10,9 +10,6 @@ namespace {
 HRESULT call(HMODULE module, const char* name) {
     return exported<decltype(DllRegisterServer)>(module, name)();
 }
-std::vector<std::uint8_t> nothing() {
-    return {};
-}
 
 // Every function that a DLL calls is made to fail, or there is a reason why not.
 TEST(ServerSweep, KnowsEveryImport) {
@@ -33,11 +30,11 @@ TEST(ServerSweep, ModuleThatIsNew) {
     HMODULE module = nullptr;
     ComPtr<IUnknown> object;
     Sweep sweep;
-    const auto load = [&] {
+    sweep.prepare = [&] {
         module = LoadLibraryA(path.c_str());
         sweep.watch(imports(module));
     };
-    const auto unload = [&] {
+    sweep.end = [&] {
         object.Reset();
         EXPECT_EQ(S_OK, call(module, "DllCanUnloadNow"));
         sweep.unwatch();
@@ -45,10 +42,6 @@ TEST(ServerSweep, ModuleThatIsNew) {
         EXPECT_EQ(nullptr, GetModuleHandleA(path.c_str()));
     };
     for (const CLSID& clsid : {__uuidof(TalGDIRenderEngine), __uuidof(TalRenderEngine)}) {
-        const auto ask = [&] {
-            return classObject(module, clsid, IID_PPV_ARGS(&object));
-        };
-        sweep.run({L"DllGetClassObject", ask, S_OK, {}, true}, load, unload, nothing);
         const auto describe = [&] {
             ComPtr<ITypeInfo> type;
             ComPtr<IProvideClassInfo2> info;
@@ -59,7 +52,8 @@ TEST(ServerSweep, ModuleThatIsNew) {
         const auto create = [&] {
             object = createObject<IUnknown>(module, clsid);
         };
-        sweep.run({L"GetClassInfo", describe, S_OK, create, true}, load, unload, nothing);
+        sweep.run({[&] { return classObject(module, clsid, IID_PPV_ARGS(&object)); }, L"DllGetClassObject"});
+        sweep.run({describe, L"GetClassInfo", create});
     }
     DeleteFileA(path.c_str());
 }
@@ -75,7 +69,7 @@ TEST(ServerSweep, Registration) {
         methods.push_back({"", "registrar.", *reinterpret_cast<void***>(registrar.Get()) + method});
     }
     for (const HMODULE module : {imageModule(), engineModule()}) {
-        Sweep sweep({module});
+        Sweep sweep(module);
         sweep.watch(methods);
         const auto add = [=] {
             return call(module, "DllRegisterServer");
@@ -85,85 +79,57 @@ TEST(ServerSweep, Registration) {
             FAILED(hr) ? add() : S_OK; // the next time there must be everything
             return hr;
         };
-        sweep.run(
-            {L"DllUnregisterServer", remove, S_OK, add, true}, [] {}, [] {}, nothing);
-        sweep.run(
-            {L"DllRegisterServer", add, S_OK, {}, true}, [] {}, [] {}, nothing);
+        sweep.run({remove, L"DllUnregisterServer", add});
+        sweep.run({add, L"DllRegisterServer"});
     }
 }
 
-template <class Interface>
-ComPtr<Interface> as(const ComPtr<ITalImageMemory>& image) {
-    ComPtr<Interface> face;
-    image.As(&face);
-    return face;
-}
-
 TEST(ServerSweep, Images) {
-    const std::tuple<CLSID, std::wstring, long> classes[] = {{__uuidof(TalImage8Grey), L"8Grey", 1},
-                                                             {__uuidof(TalImageColor), L"Color", 3},
-                                                             {__uuidof(TalImage16Grey), L"16Grey", 1},
-                                                             {__uuidof(TalImage16Range), L"16Range", 2}};
-    for (const auto& [clsid, name, planes] : classes) {
+    ComPtr<ITalImageMemory> image;
+    ComPtr<ITalPelAccess> access, mask;
+    ComPtr<IUnknown> made;
+    long width = 0;
+    const auto as = [&]<class Interface>(ComPtr<Interface> face) {
+        image.As(&face);
+        return face;
+    };
+    const auto whole = [&](auto face) {
+        return as(face)->CreatePelAccess(talPelAccessRead, 0, 0, 0, 0, &access);
+    };
+    // What images of other kinds do not have.
+    const Operation read8{[&] { return whole(ComPtr<ITalPelAccessSource>()); }, L"CreatePelAccess"},
+        read16{[&] { return whole(ComPtr<ITalPelAccessSource16>()); }, L"CreatePelAccess"},
+        plane{[&] { return as(ComPtr<ITalImageColor>())->GetPlane(2, &made); }, L"GetPlane"},
+        both{[&] { return as(ComPtr<ITalImage16Range>())->CreatePelAccesses(&access, &mask); },
+             L"CreatePelAccesses"};
+    const std::tuple<CLSID, std::wstring, long, Operation> classes[] = {
+        {__uuidof(TalImage8Grey), L"8Grey", 1, read8},
+        {__uuidof(TalImageColor), L"Color", 3, plane},
+        {__uuidof(TalImage16Grey), L"16Grey", 1, read16},
+        {__uuidof(TalImage16Range), L"16Range", 2, both}};
+    for (const auto& [clsid, name, planes, own] : classes) {
         ComPtr<IClassFactory> factory;
-        ComPtr<ITalImageMemory> image;
-        ComPtr<ITalPelAccess> access, mask;
-        ComPtr<IUnknown> made;
         classObject(imageModule(), clsid, IID_PPV_ARGS(&factory));
-        long width = 0;
-        BYTE pixels[64];
-        const auto whole = [&](auto source) {
-            return source->CreatePelAccess(talPelAccessRead, 0, 0, 0, 0, &access);
-        };
-        std::vector<Operation> operations{
-            {L"CreateInstance",
-             [&] {
-                 return factory->CreateInstance(nullptr, IID_PPV_ARGS(&made));
-             }},
-            {L"Allocate",
-             [&, n = planes] {
-                 return image->Allocate(90, 7, n);
-             }},
-            {L"Allocate", [&] { return image->Allocate(0, 0, 1); }, E_INVALIDARG},
-            {L"Wrap",
-             [&] {
-                 return image->Wrap(0, 4, 4, reinterpret_cast<__int64>(pixels), 8, factory.Get());
-             }},
-            {L"CreatePlaneAccess",
-             [&] {
-                 return image->CreatePlaneAccess(0, talPelAccessWrite, &access);
-             }},
-            {L"get_Width", [&] {
-                 return as<ITalImage>(image)->get_Width(&width);
-             }}};
-        if (name == L"8Grey") {
-            operations.push_back({L"CreatePelAccess", [&] {
-                                      return whole(as<ITalPelAccessSource>(image));
-                                  }});
-        } else if (name == L"16Grey") {
-            operations.push_back({L"CreatePelAccess", [&] {
-                                      return whole(as<ITalPelAccessSource16>(image));
-                                  }});
-        } else if (name == L"Color") {
-            operations.push_back({L"GetPlane", [&] {
-                                      return as<ITalImageColor>(image)->GetPlane(2, &made);
-                                  }});
-        } else {
-            operations.push_back({L"CreatePelAccesses", [&] {
-                                      return as<ITalImage16Range>(image)->CreatePelAccesses(&access, &mask);
-                                  }});
-        }
-        Sweep sweep({imageModule()});
+        Sweep sweep(imageModule());
         sweep.source = L"Hemlar.TalImage" + name + L".1";
-        const auto create = [&, n = planes] {
+        sweep.prepare = [&, count = planes] {
             EXPECT_EQ(S_OK, factory->CreateInstance(nullptr, IID_PPV_ARGS(&image)));
-            EXPECT_EQ(S_OK, image->Allocate(6, 4, n));
+            EXPECT_EQ(S_OK, image->Allocate(6, 4, count));
         };
-        const auto release = [&] {
+        sweep.end = [&] {
             image.Reset(), access.Reset(), mask.Reset(), made.Reset();
         };
-        for (const Operation& operation : operations) {
-            sweep.run(operation, create, release, nothing);
+        const auto data = reinterpret_cast<__int64>(&width);
+        for (const Operation& operation :
+             {Operation{[&] { return factory->CreateInstance(nullptr, IID_PPV_ARGS(&made)); },
+                        L"CreateInstance"},
+              {[&, count = planes] { return image->Allocate(90, 7, count); }, L"Allocate"},
+              {[&] { return image->Allocate(0, 0, 1); }, L"Allocate", {}, E_INVALIDARG},
+              {[&] { return image->Wrap(0, 1, 1, data, 8, factory.Get()); }, L"Wrap"},
+              {[&] { return image->CreatePlaneAccess(0, talPelAccessWrite, &access); }, L"CreatePlaneAccess"},
+              {[&] { return as(ComPtr<ITalImage>())->get_Width(&width); }, L"get_Width"},
+              own}) {
+            sweep.run(operation);
         }
     }
 }

@@ -13,27 +13,26 @@
 namespace talx::test {
 
 struct Operation {
-    std::wstring method;               // whose name error texts bear
     std::function<HRESULT()> call;     // the operation itself
-    HRESULT result = S_OK;             // when nothing fails
+    std::wstring method;               // whose name error texts bear
     std::function<void()> before = {}; // what has to be done in each round first
-    bool bare = false;                 // without error information
-    bool always = false;               // the result, whatever fails
+    HRESULT result = S_OK;             // when nothing fails
 };
 
 class Sweep {
 public:
-    // Without modules only what watch and fail are told of is made to fail.
-    explicit Sweep(const std::vector<HMODULE>& modules = {}) {
-        for (const HMODULE module : modules) {
-            leaks_.push_back(std::make_unique<LeakCheck>(module, resources));
-        }
-        for (const HMODULE module : modules) {
+    // Without a module only what watch and fail are told of is made to fail.
+    explicit Sweep(HMODULE module = nullptr) {
+        if (module) {
+            leaks_.emplace(module, resources);
             watch(imports(module));
         }
     }
 
-    std::wstring source; // ProgID in the error information
+    std::wstring source; // ProgID in the error information; none: there is no information
+    std::function<void()> prepare = [] {}, end = [] {
+    };                                                 // makes everything anew for a round; lets go of it
+    std::function<std::vector<std::uint32_t>()> state; // what an operation has come to, or nothing
 
     // Makes the calls through these entries fail too.
     void watch(std::vector<Import> entries) {
@@ -43,40 +42,39 @@ public:
     }
     void unwatch() { gates_.pop_back(); }
 
-    // prepare: makes everything anew for a round; end: lets go of it. state: what the operation has come to.
-    void run(const Operation& operation, const std::function<void()>& prepare,
-             const std::function<void()>& end, const std::function<std::vector<std::uint8_t>()>& state) {
+    void run(const Operation& operation) {
         SCOPED_TRACE(testing::PrintToString(operation.method));
         const auto ready = [&] {
             prepare();
             operation.before ? operation.before() : void();
             failed_.clear();
         };
+        const auto reached = [&] {
+            return state ? state() : std::vector<std::uint32_t>();
+        };
         ready();
         const Ending clean = call(operation, false);
-        const auto cleanState = state();
+        const auto cleanState = reached();
         EXPECT_EQ(operation.result, clean.result) << std::hex << clean.result;
         end();
         for (const int way : {0, 1, 2, 3}) {
-            plan_.sweep(
-                [&] {
-                    const std::size_t live = this->live();
-                    ready();
-                    armed_ = true;
-                    const Ending ending = call(operation, way & 1);
-                    armed_ = false;
-                    EXPECT_TRUE(isAllowed(operation, clean, ending))
-                        << std::hex << ending.result << " " << testing::PrintToString(ending.info.description)
-                        << " of " << testing::PrintToString(failed_);
-                    if (FAILED(ending.result) && SUCCEEDED(clean.result)) {
-                        EXPECT_EQ(clean.result, call(operation, false).result)
-                            << testing::PrintToString(failed_);
-                        EXPECT_TRUE(cleanState == state()) << testing::PrintToString(failed_);
-                    }
-                    end();
-                    EXPECT_EQ(live, this->live()) << testing::PrintToString(failed_);
-                },
-                way & 2 ? FailurePlan::Mode::fromThenOn : FailurePlan::Mode::once);
+            const auto round = [&] {
+                const std::size_t live = this->live();
+                ready();
+                armed_ = true;
+                const Ending ending = call(operation, way & 1);
+                armed_ = false;
+                SCOPED_TRACE(testing::PrintToString(failed_));
+                EXPECT_TRUE(isAllowed(operation, clean, ending))
+                    << std::hex << ending.result << " " << testing::PrintToString(ending.info.description);
+                if (FAILED(ending.result) && SUCCEEDED(clean.result)) {
+                    EXPECT_EQ(clean.result, call(operation, false).result);
+                    EXPECT_TRUE(cleanState == reached());
+                }
+                end();
+                EXPECT_EQ(live, this->live());
+            };
+            plan_.sweep(round, way & 2 ? FailurePlan::Mode::fromThenOn : FailurePlan::Mode::once);
         }
     }
 
@@ -102,13 +100,7 @@ private:
         ErrorInfo info{};
     };
 
-    [[nodiscard]] std::size_t live() const {
-        std::size_t all = 0;
-        for (const auto& check : leaks_) {
-            all += check->live();
-        }
-        return all;
-    }
+    [[nodiscard]] std::size_t live() const { return leaks_ ? leaks_->live() : 0; }
     [[nodiscard]] bool hasFailed(const char* call) const {
         return std::find(failed_.begin(), failed_.end(), call) != failed_.end();
     }
@@ -151,11 +143,11 @@ private:
         };
         if (SUCCEEDED(result)) {
             return result == clean.result && (!info.present || stale) &&
-                   (operation.always || std::all_of(failed_.begin(), failed_.end(), succeeds));
+                   std::all_of(failed_.begin(), failed_.end(), succeeds);
         }
         // Without memory there may be no information; only where it cannot even be taken away, a stale one.
         const bool silent = stale ? hasFailed("SetErrorInfo") : !info.present;
-        const bool mayBeSilent = operation.bare || operation.method == L"ReleaseDrawContext" ||
+        const bool mayBeSilent = source.empty() || operation.method == L"ReleaseDrawContext" ||
                                  hasFailed("CreateErrorInfo") || hasFailed("SetErrorInfo") ||
                                  hasFailed("ProgIDFromCLSID");
         const auto tells = [&](const std::wstring& text) {
@@ -167,7 +159,7 @@ private:
                 return f.result == result && (silent || tells(f.text.empty() ? operation.method : f.text));
             });
         };
-        return (silent ? mayBeSilent || !clean.info.present : !operation.bare && info.source == source) &&
+        return (silent ? mayBeSilent || !clean.info.present : !source.empty() && info.source == source) &&
                ((result == clean.result && (silent || tells(clean.info.description))) ||
                 std::any_of(failed_.begin(), failed_.end(), explains));
     }
@@ -176,7 +168,7 @@ private:
     bool armed_ = false;
     DWORD thread_ = 0; // that is inside the operation
     std::vector<std::string> failed_;
-    std::vector<std::unique_ptr<LeakCheck>> leaks_;
+    std::optional<LeakCheck> leaks_;
     std::vector<std::unique_ptr<ImportGate>> gates_;
 };
 
