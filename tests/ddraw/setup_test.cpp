@@ -143,9 +143,7 @@ TEST(DdrawSetup, SettingKeepsDirect3DOut) {
     const auto set = [](const wchar_t* value) {
         EXPECT_TRUE(WritePrivateProfileStringW(L"TalDisplay", L"AlphaBlend", value, L"Orbiscope.INI"));
     };
-    wchar_t original[MAX_PATH];
-    GetModuleFileNameW(engineModule(), original, MAX_PATH);
-    ASSERT_TRUE(CopyFileW(original, copy, FALSE));
+    ASSERT_TRUE(CopyFileW(pathOf(engineModule()).c_str(), copy, FALSE));
     for (const auto& [value, asks] : {std::pair<const wchar_t*, bool>{L"sOFTWARE", false},
                                       {L"AutoDetect", true},
                                       {L"Software2", true},

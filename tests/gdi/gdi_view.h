@@ -10,17 +10,12 @@ inline COLORREF precisionOf(int format) {
     return format == 15 ? RGB(0xF8, 0xF8, 0xF8) : format == 16 ? RGB(0xF8, 0xFC, 0xF8) : white;
 }
 
-// The colours of the bitmap in a context, row by row.
-inline std::vector<COLORREF> colorsOf(HDC dc, COLORREF precision = white) {
-    BITMAP bitmap{};
-    GetObjectW(GetCurrentObject(dc, OBJ_BITMAP), sizeof bitmap, &bitmap);
-    const TestContext copy(bitmap.bmWidth, bitmap.bmHeight);
-    BitBlt(copy.dc, 0, 0, bitmap.bmWidth, bitmap.bmHeight, dc, 0, 0, SRCCOPY);
-    const BitmapBits bits(copy.own);
+// The colours in a context, row by row.
+inline std::vector<COLORREF> colorsOf(HDC dc, COLORREF precision = white, long width = EngineView::width,
+                                      long height = EngineView::height) {
     std::vector<COLORREF> colors;
-    for (int i = 0; i < bitmap.bmWidth * bitmap.bmHeight; ++i) {
-        const std::uint32_t p = bits.pixel(i % bitmap.bmWidth, i / bitmap.bmWidth);
-        colors.push_back(RGB(p >> 16 & 255, p >> 8 & 255, p & 255) & precision);
+    for (int i = 0; i < width * height; ++i) {
+        colors.push_back(GetPixel(dc, i % width, i / width) & precision);
     }
     return colors;
 }
@@ -38,7 +33,9 @@ struct GdiView : EngineView {
         return reinterpret_cast<HDC>(value);
     }
     [[nodiscard]] BitmapBits bits() const { return compositionBits(engine.Get()); }
-    [[nodiscard]] std::vector<COLORREF> colors() const { return colorsOf(context(), precisionOf(format())); }
+    [[nodiscard]] std::vector<COLORREF> colors(long w = width, long h = height) const {
+        return colorsOf(context(), precisionOf(format()), w, h);
+    }
     // Fills the composition bitmap with anything.
     void scribble() const {
         withPixels([](const Pixels& p) { std::generate_n(p.data, p.height * p.stride, rand); });

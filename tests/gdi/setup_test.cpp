@@ -57,7 +57,7 @@ TEST_P(GdiSetup, ExtentIsNewOrGone) {
         const HRESULT hr = engine->SetExtent(w, h);
         possible ? expectBare(S_OK, hr) : expectNoDibSection(hr);
         EXPECT_EQ(possible, bits().section().dsBm.bmBits != nullptr);
-        EXPECT_TRUE(!possible || colors() == std::vector<COLORREF>(w * h, grey));
+        EXPECT_TRUE(!possible || colors(w, h) == std::vector<COLORREF>(w * h, grey));
         toFail = 0;
         EXPECT_EQ(S_OK, engine->SetExtent(width, height));
         EXPECT_EQ(screenFormat, format());
