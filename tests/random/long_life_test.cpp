@@ -1,5 +1,5 @@
 // A process that uses engines for long: what it holds does not grow.
-#include "tests/ddraw/ddraw_view.h"
+#include "tests/images/painting.h"
 #include "tests/support/event_sink.h"
 
 #include <psapi.h>
@@ -36,7 +36,11 @@ struct Holdings {
 void repaint(const ComPtr<ITalRenderEngine2>& engine, int i) {
     EventSink sink;
     sink.answer = [&](const LayerEvent&) {
-        paintScene(engine);
+        Random random(i);
+        for (const auto what : {Drawing::fill, Drawing::image, Drawing::icon}) {
+            Drawing drawing(random, what, false, static_cast<model::Kind>(i & 3));
+            EXPECT_EQ(S_OK, drawing.draw(engine.Get(), everywhere));
+        }
     };
     TestArray colors(VT_I4, std::vector<int>(i % 500));
     EXPECT_EQ(S_OK, engine->put_Layers(2));
