@@ -102,7 +102,8 @@ struct RandomDrawing : testing::TestWithParam<std::tuple<bool, int>> {};
 INSTANTIATE_TEST_SUITE_P(Views, RandomDrawing, everyView, viewName);
 
 TEST_P(RandomDrawing, ShowsWhatTheModelShows) {
-    const auto [directDraw, format] = GetParam();
+    const bool directDraw = std::get<0>(GetParam());
+    const int format = std::get<1>(GetParam());
     const bool real = directDraw && format == realScreen; // where each step is slow
     runCases(real ? 3 : 60, [&](Random& random) {
         EngineView view(directDraw, format);

@@ -52,7 +52,8 @@ struct Repaint : testing::TestWithParam<std::tuple<bool, int>> {};
 INSTANTIATE_TEST_SUITE_P(Views, Repaint, everyView, viewName);
 
 TEST_P(Repaint, OfAPartEqualsTheWhole) {
-    const auto [directDraw, format] = GetParam();
+    const bool directDraw = std::get<0>(GetParam());
+    const int format = std::get<1>(GetParam());
     const bool real = directDraw && format == realScreen; // where each repaint is slow
     runCases(real ? 1 : 25, [&](Random& random) {
         EventSink sink;

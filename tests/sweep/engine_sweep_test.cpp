@@ -87,7 +87,7 @@ TEST_P(EngineSweep, SetsUp) {
     }
     for (const auto& [w, h] : {std::pair{width + 9, height + 3}, {width, 5}, {0, 0}}) {
         const HRESULT expected = !directDraw && w == 0 ? noSection : S_OK;
-        sweep.run({[&] { return engine->SetExtent(w, h); }, L"SetExtent", {}, expected});
+        sweep.run({[&, w = w, h = h] { return engine->SetExtent(w, h); }, L"SetExtent", {}, expected});
     }
     if (display) {
         display->bornLost = true;
@@ -103,7 +103,8 @@ TEST_P(EngineSweep, SetsUp) {
 TEST_P(EngineSweep, Draws) {
     for (TestImage& image : images) {
         for (const auto& [scale, method] : {std::pair{1.0, 0}, {2.1, 0}, {0.7, 1}}) {
-            sweep.run({[&] { return draw(image, scale, method); }, L"DrawImage"});
+            sweep.run(
+                {[&, scale = scale, method = method] { return draw(image, scale, method); }, L"DrawImage"});
         }
     }
     TestImage unreadable(ImageKind::grey8, 8, 8, {{nullptr, 8}});

@@ -131,7 +131,8 @@ private:
 
     [[nodiscard]] bool isAllowed(const Operation& operation, const Ending& clean,
                                  const Ending& ending) const {
-        const auto& [result, info] = ending;
+        const HRESULT result = ending.result;
+        const ErrorInfo& info = ending.info;
         const bool stale = info.description == L"stale";
         const auto canEnd = [&](const std::string& call, auto&& way) {
             return std::any_of(std::begin(failures), std::end(failures), [&](const Failure& f) {
