@@ -57,7 +57,7 @@ Way loop(PixelFormat format, const Index* source, Extent extent, const void* tab
 #ifdef TALX_OPENCV
 // Rows follow each other without a gap.
 cv::Mat matrix(Extent extent, int type, const void* pixels) {
-    return cv::Mat(extent.height, extent.width, type, const_cast<void*>(pixels));
+    return {extent.height, extent.width, type, const_cast<void*>(pixels)};
 }
 #endif
 

@@ -20,7 +20,7 @@ template <int Windows>
 TALX_AVX2 void sampleRow(std::uint8_t* out, const std::uint8_t* in, const SamplePlan& plan) {
     const std::uint8_t* step = plan.steps.data();
     for (std::ptrdiff_t x = 0; x < plan.rowBytes; x += blockBytes, step += 4 + blockBytes * Windows) {
-        std::int32_t from;
+        std::int32_t from = 0;
         __builtin_memcpy(&from, step, sizeof from);
         __m128i picked = _mm_setzero_si128();
         for (int i = 0; i < Windows; ++i) {
@@ -35,7 +35,7 @@ TALX_AVX2 void sampleRow(std::uint8_t* out, const std::uint8_t* in, const Sample
 
 bool planRows(SamplePlan& plan, const std::vector<std::int32_t>& columns, std::int32_t sourceWidth,
               int bytes) {
-    const std::size_t count = static_cast<std::size_t>(blockBytes / bytes);
+    const auto count = static_cast<std::size_t>(blockBytes / bytes);
     const std::int64_t sourceBytes = std::int64_t{sourceWidth} * bytes;
     if (columns.size() < 4 * count || sourceBytes > INT32_MAX ||
         !std::is_sorted(columns.begin(), columns.end()))

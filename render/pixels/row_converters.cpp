@@ -26,7 +26,7 @@ void grey8Rows(const PixelRows& destination, const ConstPixelRows& source, Exten
                const Entry* table) {
     using Loaded = std::conditional_t<std::is_same_v<Entry, ColorEntry>, std::uint32_t, Entry>;
     std::array<std::uint32_t, 256> words; // three bytes cannot be loaded at once, four can
-    const Loaded* entries;
+    const Loaded* entries = nullptr;
     if constexpr (std::is_same_v<Entry, ColorEntry>) {
         std::transform(table, table + words.size(), words.begin(), [](ColorEntry e) { return toRgb32(e); });
         entries = words.data();

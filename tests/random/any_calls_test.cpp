@@ -257,6 +257,7 @@ HRESULT any(Life& life, Random&) {
     return [&]<class Interface, class... Types>(HRESULT (STDMETHODCALLTYPE Interface::*)(Types...)) {
         ComPtr<Interface> held;
         Interface* const object = life.object(held);
+        // NOLINTNEXTLINE(bugprone-sizeof-expression): as many lives as types
         std::tuple<Argument<Types>...> arguments((static_cast<void>(sizeof(Types)), std::ref(life))...);
         const auto make = [&](auto&... argument) {
             const HRESULT hr = object ? (object->*method)(argument.value...) : S_OK;

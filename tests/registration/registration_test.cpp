@@ -107,8 +107,8 @@ TEST(ServerRegistration, WritesAndRemovesExactlyItsKeysInAnyApartment) {
                       changes(keysOf(pathOf(module), of.module()), changes(before, machineClasses())));
             EXPECT_EQ(S_OK, callServer(false, module));
             EXPECT_TRUE(FAILED(callServer(false, module))) << "there is no type library to remove";
-            APTTYPE type;
-            APTTYPEQUALIFIER qualifier;
+            APTTYPE type{};
+            APTTYPEQUALIFIER qualifier{};
             EXPECT_EQ(apartment, CoGetApartmentType(&type, &qualifier)) << "the thread is as it was";
             CoUninitialize();
         }).join();

@@ -9,10 +9,10 @@ namespace talx::test {
 
 // One way that a method may end when one of these calls fails. A call may be in several rows.
 struct Failure {
-    std::string calls;       // functions, or beginnings of what the fake display records, by commas
-    HRESULT value, result;   // what the call answers, and the method; S_FALSE: the call decides nothing
-    std::wstring text = L""; // empty: the method's name
-    std::wstring in = L"";   // the beginning of the methods' names
+    std::string calls;     // functions, or beginnings of what the fake display records, by commas
+    HRESULT value, result; // what the call answers, and the method; S_FALSE: the call decides nothing
+    std::wstring text{};   // empty: the method's name
+    std::wstring in{};     // the beginning of the methods' names
 
     [[nodiscard]] bool isOf(const std::string& call) const {
         std::istringstream beginnings(calls);
