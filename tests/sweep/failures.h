@@ -29,11 +29,11 @@ constexpr HRESULT busy = HRESULT_FROM_WIN32(ERROR_BUSY),
                   lastError = HRESULT_FROM_WIN32(ERROR_NOT_ENOUGH_MEMORY);
 constexpr HRESULT noDisplay = FakeDisplay::failure;
 constexpr HRESULT noContext = static_cast<HRESULT>(0x8004400E), noSection = static_cast<HRESULT>(0x8004400F);
-const std::wstring noContextText = L"Can't create a compatible device context.",
-                   noSectionText = L"Unable to create the requested DIB section.",
-                   noSurfaceText = L"Cannot create offscreen surface.",
-                   noPaletteText = L"Can't set the palette.",
-                   noDirectDrawText = L"Can't create DirectDraw object.";
+constexpr const wchar_t *noContextText = L"Can't create a compatible device context.",
+                        *noSectionText = L"Unable to create the requested DIB section.",
+                        *noSurfaceText = L"Cannot create offscreen surface.",
+                        *noPaletteText = L"Can't set the palette.",
+                        *noDirectDrawText = L"Can't create DirectDraw object.";
 
 inline const Failure failures[] = {
     {"malloc,realloc,HeapAlloc,FlsSetValue,SafeArrayCreateVector", 0, E_OUTOFMEMORY},
@@ -90,7 +90,8 @@ inline const std::string exempt =
     "InitializeCriticalSection LoadLibraryW MultiByteToWideChar RaiseException RtlCaptureContext "
     "RtlLookupFunctionEntry RtlUnwindEx RtlVirtualUnwind SetEvent Sleep TlsGetValue VirtualProtect "
     "VirtualQuery WaitForMultipleObjects WaitForSingleObject WideCharToMultiByte ___lc_codepage_func "
-    "___mb_cur_max_func __iob_func _amsg_exit _close _errno _initterm _lock _read _unlock abort fputc fputs "
+    "___mb_cur_max_func __iob_func _amsg_exit _close _errno _initterm _lock _read _unlock _write abort fputc "
+    "fputs "
     "fwrite localeconv memchr memcmp memcpy memmove memset strcmp strerror strlen strncmp vfprintf "
     "wcslen "
     // those that give back what was got,
