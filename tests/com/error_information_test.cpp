@@ -84,7 +84,7 @@ TEST_F(ServerErrors, LeakNothing) {
         expectError(E_OUTOFMEMORY, L"CreateInstance", factory->CreateInstance(nullptr, IID_IUnknown, &none),
                     L"Hemlar.TalGDIRenderEngine.1", IID_IClassFactory);
     }
-    EXPECT_EQ(before, blocksInUse());
+    EXPECT_GE(before, blocksInUse()); // the platform may give back some of its own
 }
 
 } // namespace
