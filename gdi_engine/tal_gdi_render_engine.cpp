@@ -84,7 +84,7 @@ void CTalGDIRenderEngine::makeComposition(long width, long height) {
     require(dib_.create(palette()), E_TAL_NO_DIB_SECTION);
     if (!composition_.select(memoryDc_.get(), dib_.bitmap())) {
         dib_.destroy();
-        throw StepFailure(E_TAL_NO_DIB_SECTION);
+        check(E_TAL_NO_DIB_SECTION);
     }
     state_.width = width;
     state_.height = height;

@@ -42,7 +42,7 @@ std::span<const ComInterfaceEntry> CTalImageColor::interfaceMap() {
 
 STDMETHODIMP CTalImageColor::GetPlane(long Plane, IUnknown** ppPlane) {
     return method(L"GetPlane", [&] {
-        checkResultPointer(ppPlane);
+        checkPointer(ppPlane);
         *ppPlane = nullptr;
         if (Plane < 0 || Plane >= kindColor.maxPlanes) {
             fail(E_INVALIDARG, L"Plane is not 0, 1 or 2.");

@@ -12,13 +12,6 @@
 
 namespace talx {
 
-// What is to be thrown for a null pointer that a method should store a result through.
-inline void checkResultPointer(const void* pointer) {
-    if (!pointer) {
-        fail(E_POINTER, L"The pointer to the result is null.");
-    }
-}
-
 // What all image classes have: ITalImage, as the base of their kind interface, and ITalImageMemory.
 template <class Coclass, class KindInterface, const PlaneLayout& kind>
 class ImageImpl : public CComObjectRootEx<CComMultiThreadModel>,
@@ -48,7 +41,7 @@ protected:
 
     // Answers a property. What cannot fail needs no frame.
     HRESULT answer(const wchar_t* name, long* result, long value) const {
-        return result ? (*result = value, S_OK) : method(name, [] { checkResultPointer(nullptr); });
+        return result ? (*result = value, S_OK) : method(name, [] { checkPointer(nullptr); });
     }
 
     // Runs the body of a method of the kind interface in its frame.

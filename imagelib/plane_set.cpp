@@ -29,12 +29,6 @@ private:
     SRWLOCK& lock_;
 };
 
-void checkPointer(const void* pointer, const wchar_t* text) {
-    if (!pointer) {
-        fail(E_POINTER, text);
-    }
-}
-
 class CTalPelAccess : public CComObjectRootEx<CComMultiThreadModel>,
                       public ITalPelAccess,
                       public ISupportErrorInfoImpl {
@@ -75,7 +69,7 @@ private:
             return S_OK;
         }
         return method(name, [&] {
-            checkPointer(result, L"The pointer to the result is null.");
+            checkPointer(result);
             *result = 0;
             checkLocked(false);
         });

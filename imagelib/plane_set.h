@@ -1,6 +1,7 @@
 // The planes of one image: their memory, size and accesses.
 #pragma once
 
+#include "com/failure.h"
 #include "talxstd.h"
 
 #include <array>
@@ -9,6 +10,13 @@
 #include <wrl/client.h>
 
 namespace talx {
+
+// Fails with E_POINTER and the text for a null pointer that a method should store a result through.
+inline void checkPointer(const void* pointer, const wchar_t* text = L"The pointer to the result is null.") {
+    if (!pointer) {
+        fail(E_POINTER, text);
+    }
+}
 
 // What sets the kinds of image apart: how many planes there are, and the bytes of a pel of each.
 struct PlaneLayout {

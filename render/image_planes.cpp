@@ -46,9 +46,7 @@ std::optional<ImageOfKind> kindOf(ITalImage* image) {
 ImageOfKind sameKind(const ImageOfKind& kind, IUnknown* object) {
     return std::visit(
         [object](auto same) -> ImageOfKind {
-            if (!queryKind(object, same)) {
-                throw StepFailure(E_FAIL);
-            }
+            require(queryKind(object, same), E_FAIL);
             return same;
         },
         kind);
@@ -64,10 +62,9 @@ PelAccess::~PelAccess() {
 ConstPixelRows PelAccess::rows() const {
     __int64 data = 0;
     long stride = 0;
-    if (!access_ || FAILED(access_->get_Data(&data)) || data == 0 ||
-        FAILED(access_->get_RowStride(&stride))) {
-        throw StepFailure(E_TAL_NO_PIXEL_DATA);
-    }
+    require(access_ && SUCCEEDED(access_->get_Data(&data)) && data != 0 &&
+                SUCCEEDED(access_->get_RowStride(&stride)),
+            E_TAL_NO_PIXEL_DATA);
     return {reinterpret_cast<const std::uint8_t*>(data), stride};
 }
 
@@ -90,9 +87,7 @@ template <class Source>
 void ImagePlanes::createAccess(IUnknown* object, PelAccess& access) const {
     ComPtr<Source> source;
     const HRESULT hr = object->QueryInterface(IID_PPV_ARGS(&source));
-    if (FAILED(hr) || !source) {
-        throw StepFailure(isIcon_ && FAILED(hr) ? hr : E_FAIL);
-    }
+    require(SUCCEEDED(hr) && source, isIcon_ && FAILED(hr) ? hr : E_FAIL);
     check(source->CreatePelAccess(talPelAccessRead, 0, 0, 0, 0, access.put()));
 }
 

@@ -33,8 +33,8 @@ class ScratchMemory {
 public:
     using Block = Microsoft::WRL::ComPtr<CComObject<MemoryBlock>>;
 
-    // A block of at least this size that nobody else uses. The largest that was asked for is kept; a block is
-    // used again once every other reference to it is gone, so that a drawing inside another one gets its own.
+    // A block of at least this size that nobody else uses. One is kept, and used again once every other
+    // reference to it is gone; a drawing inside another one gets a block of its own, which is not kept.
     // Throws std::bad_alloc.
     [[nodiscard]] Block take(std::size_t size) {
         if (!kept_ || isInUse()) {

@@ -4,8 +4,8 @@
 //     ImportHook<HOOK(GetDC)> hook(engineModule(), [&](HWND window) { ++calls; return hook.original(window);
 //     });
 //
-// A FailurePlan with FailingImports makes the first, the second, ... call of some functions fail in turn. An
-// ImportGate sees the calls of any functions, whatever their arguments.
+// An ImportGate sees the calls of any functions, whatever their arguments. A FailurePlan says which call is
+// to fail: the first, the second, ... in turn.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -105,8 +105,7 @@ public:
     const After after;
 };
 
-// Decides which call fails, counting the calls of all FailingImports that belong to it. Without a sweep none
-// does.
+// Decides which call fails, counting those that it is asked about. Without a sweep none does.
 class FailurePlan {
 public:
     enum class Mode { once, fromThenOn };
@@ -139,15 +138,6 @@ private:
     Mode mode_ = Mode::once;
     int calls_ = 0;
     int failing_ = 0; // 0: none
-};
-
-// A failing call answers 0 and has done nothing.
-template <FunctionName name, class Function>
-struct FailingImport : ImportHook<name, Function> {
-    FailingImport(HMODULE module, FailurePlan& plan)
-        : ImportHook<name, Function>(module, [this, &plan](auto... args) {
-              return plan.nextCallFails() ? decltype(this->original(args...)){} : this->original(args...);
-          }) {}
 };
 
 } // namespace talx::test
