@@ -41,16 +41,4 @@ struct ModuleCopy {
     const HMODULE module = LoadLibraryW(path.c_str());
 };
 
-// The blocks in use in all heaps of the process.
-inline int blocksInUse() {
-    HANDLE heaps[64];
-    int blocks = 0;
-    for (DWORD i = 0, count = GetProcessHeaps(64, heaps); i < count; ++i) {
-        for (PROCESS_HEAP_ENTRY entry{}; HeapWalk(heaps[i], &entry);) {
-            blocks += (entry.wFlags & PROCESS_HEAP_ENTRY_BUSY) != 0;
-        }
-    }
-    return blocks;
-}
-
 } // namespace talx::test

@@ -112,42 +112,9 @@ TEST_P(ServerEngine, DescribesItself) {
     EXPECT_EQ(S_OK, info->GetGUID(GUIDKIND_DEFAULT_SOURCE_DISP_IID, &guid));
     EXPECT_EQ(__uuidof(ITalRenderEngine), guid);
     EXPECT_EQ(S_OK, support->InterfaceSupportsErrorInfo(IID_IUnknown));
-}
-
-TEST_P(ServerEngine, FailsWithOrWithoutErrorInformation) {
-    const auto uninitialized = [&](HRESULT hr) {
-        expectError(static_cast<HRESULT>(0x80044001), L"Engine uninitialized.", hr, row.progId());
-    };
-    uninitialized(engine->SetExtent(1, 1));
-    uninitialized(engine->DrawImage(0, nullptr, 0, 0, 1, 0, 0, 1, 1, 0));
-    uninitialized(engine->DrawIcon8(0, nullptr, nullptr, nullptr, 0, 0, 1, 0, 0, 1, 1));
-    uninitialized(engine->Fill(0, 0, 0, 1, 1, 0));
-    uninitialized(engine->GetDrawContext(0, nullptr));
-    uninitialized(engine->ReleaseDrawContext(0, 0));
-    uninitialized(engine->RefreshScreen(0, 0, 0, 0, 1, 1));
-    if (ComPtr<ITalRenderTargetAccess> targets; engine.As(&targets) == S_OK) {
-        uninitialized(targets->SetRenderTargetFromHDC(0));
-        uninitialized(targets->SetRenderTargetFromDIB(nullptr));
-        uninitialized(targets->CreateDIBRenderTarget(talRenderTargetFormatUnspecified, nullptr));
-    }
-    long value = 0;
-    VARIANT_BOOL initialized = VARIANT_TRUE;
-    EXPECT_TRUE(engine->get_Initialized(&initialized) == S_OK && initialized == VARIANT_FALSE);
+    expectBare(E_NOTIMPL, engine->DumpInfo(nullptr));
+    expectBare(E_INVALIDARG, engine->AdviseRenderEvents(nullptr));
     expectError(E_POINTER, L"get_Initialized", engine->get_Initialized(nullptr), row.progId());
-    expectError(E_POINTER, L"GetExtent", engine->GetExtent(&value, nullptr), row.progId());
-    expectError(E_POINTER, L"GetExtent", engine->GetExtent(nullptr, &value), row.progId());
-
-    ComPtr<ITalRenderEngineScalingParams> scaling;
-    EXPECT_EQ(S_OK, engine.As(&scaling));
-    EXPECT_EQ(E_NOTIMPL, engine->DumpInfo(nullptr));
-    EXPECT_EQ(E_INVALIDARG, engine->AdviseRenderEvents(nullptr));
-    for (const HRESULT hr :
-         {engine->get_Layers(nullptr), scaling->get_ScalingMethod(nullptr),
-          engine->get_Image8GreyColorMap(0, nullptr), engine->get_Image8GreyWholeColorMap(nullptr),
-          engine->get_Image16GreyColorMap(nullptr), engine->get_Image16RangeColorMap(nullptr),
-          engine->get_VisiblePixelMaskEnable(nullptr), engine->get_VisiblePixelMaskColor(nullptr)}) {
-        expectBare(E_POINTER, hr);
-    }
 }
 
 TEST(ServerModule, ThreadsAskingAtOnceGetTheSameClassObject) {
@@ -169,13 +136,11 @@ TEST(ServerModule, ThreadsAskingAtOnceGetTheSameClassObject) {
 }
 
 TEST(ServerModule, KeepsWhatItCachesUntilItIsUnloaded) {
-    int before = 0;
-    for (int life = 0; life < 40; ++life) {
-        before = life == 20 ? blocksInUse() : before;
+    for (const int one : {0, 1}) {
         ITypeInfo* type = nullptr;
         {
             const ModuleCopy copy;
-            const auto object = createObject<IProvideClassInfo2>(copy.module, serverClasses[life > 0].clsid);
+            const auto object = createObject<IProvideClassInfo2>(copy.module, serverClasses[one].clsid);
             int loads = 0;
             ImportHook<HOOK(LoadTypeLibEx)> load(copy.module, [&](auto... args) {
                 return ++loads > 1 ? load.original(args...) : TYPE_E_CANTLOADLIBRARY;
@@ -189,12 +154,11 @@ TEST(ServerModule, KeepsWhatItCachesUntilItIsUnloaded) {
         }
         BSTR name = nullptr;
         EXPECT_EQ(S_OK, type->GetDocumentation(MEMBERID_NIL, &name, nullptr, nullptr, nullptr));
-        EXPECT_EQ(serverClasses[life > 0].name, name);
+        EXPECT_EQ(serverClasses[one].name, name);
         SysFreeString(name);
         EXPECT_EQ(1u, type->Release()) << "two were handed out, and the module's own is gone with it";
         EXPECT_EQ(0u, type->Release());
     }
-    EXPECT_GE(before, blocksInUse()); // the platform may give back some of its own
 }
 
 } // namespace

@@ -4,26 +4,6 @@
 namespace talx::test {
 namespace {
 
-// The image's own code may resize the view to an extent that no buffer can be made for.
-TEST(DdrawDrawing, AnImageThatTakesTheBufferAway) {
-    for (int way = 0; way < 8; ++way) {
-        EngineView view(way & 1, 32);
-        view.initialize(view.engine.Get());
-        const double scale = way & 2 ? 2 : 1;
-        for (const ImageStep step :
-             {ImageStep::width, ImageStep::access, ImageStep::data, ImageStep::unlock}) {
-            TestIcon icon;
-            icon.image.fault = {step, S_OK, 0, false, [&] {
-                                    view.engine->SetExtent(0, 0);
-                                }};
-            EXPECT_EQ(S_OK,
-                      way & 4 ? icon.draw(view.engine, 0, 0, scale) : icon.drawAsImage(view.engine, scale))
-                << way;
-            EXPECT_EQ(S_OK, view.engine->SetExtent(30, 20));
-        }
-    }
-}
-
 // Surfaces find out themselves what is written beside their pixels.
 TEST(DdrawDrawing, NothingIsDrawnWhereItCannotBe) {
     for (const int bits : {12, 8}) { // no format that the engine knows, or the screen has another meanwhile

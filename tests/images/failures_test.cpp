@@ -110,9 +110,10 @@ TEST_P(ImageFailures, AnImageOfTwoKindsIsDrawnAsTheFirst) {
 }
 
 // An image may come from elsewhere, and the window be resized while it is asked: what is left of the view
-// shows it.
+// shows it, if anything is.
 TEST_P(ImageFailures, DrawingOutlivesTheBufferThatItBeganWith) {
-    for (int i = 0; i < 8 * 4 * 4; ++i) {
+    for (int i = 0; i < 2 * 8 * 4 * 4; ++i) {
+        const long side = i < 128 ? 3 : 0;
         TwinImage picture(random, store, static_cast<Kind>(i / 4 % 4), width, height);
         const auto drawing = [&] {
             TestImage& image = *picture.image;
@@ -121,11 +122,15 @@ TEST_P(ImageFailures, DrawingOutlivesTheBufferThatItBeganWith) {
         };
         EXPECT_EQ(S_OK, engine->SetExtent(width, height));
         bool resized = false;
-        picture.image->fault = {static_cast<ImageStep>(1 + i / 16), S_OK, 0, false, [&] {
+        picture.image->fault = {static_cast<ImageStep>(1 + i / 16 % 8), S_OK, 0, false, [&] {
                                     resized = true;
-                                    EXPECT_EQ(S_OK, engine->SetExtent(3, 3));
+                                    EXPECT_TRUE(engine->SetExtent(side, side) == S_OK || side == 0);
+                                    takeErrorInfo();
                                 }};
         EXPECT_EQ(S_OK, drawing());
+        if (resized && side == 0) {
+            continue;
+        }
         const auto shown = values();
         picture.image->fault = {};
         EXPECT_EQ(S_OK, drawing());

@@ -90,8 +90,11 @@ struct Life {
         --depth;
         const bool bare = call.kind == 'b' || (strchr("pT", call.kind) && hr == E_POINTER) ||
                           (call.kind == 'R' && hr == E_FAIL);
-        EXPECT_EQ(FAILED(hr) && !bare, takeErrorInfo().present) << call.name << std::hex << " " << hr;
-        EXPECT_EQ(isupper(call.kind) && !wasInitialized, hr == static_cast<HRESULT>(0x80044001)) << call.name;
+        const ErrorInfo info = takeErrorInfo();
+        const bool refused = isupper(call.kind) && !wasInitialized;
+        EXPECT_EQ(FAILED(hr) && !bare, info.present) << call.name << std::hex << " " << hr;
+        EXPECT_EQ(refused, hr == static_cast<HRESULT>(0x80044001)) << call.name;
+        EXPECT_EQ(refused, info.description == L"Engine uninitialized.") << call.name;
     }
     // What an owner's code, or an image's, does when the engine calls it.
     void misbehave() {

@@ -130,23 +130,6 @@ int partsIn(HKEY root) {
            4 * has(L"TypeLib\\" + text(LIBID_RENDERENGLib) + L"\\1.0");
 }
 
-TEST(ServerRegistration, StopsAtTheFirstFailureAndLeavesWhatWasDone) {
-    for (const bool registering : {false, true}) {
-        for (const auto& [failing, done] :
-             {std::pair(1, 0), {2, 1}, {3, 3}}) { // the library is the third step
-            callServer(!registering);
-            int calls = 0;
-            const ImportHook<HOOK(LoadTypeLibEx)> load(engineModule(), [](auto...) { return E_ABORT; });
-            ImportHook<HOOK(CoCreateInstance)> create(engineModule(), [&, failing = failing](auto... args) {
-                return ++calls == failing ? E_ABORT : create.original(args...);
-            });
-            EXPECT_EQ(E_ABORT, callServer(registering));
-            EXPECT_EQ(registering ? done : 7 - done, partsIn(HKEY_LOCAL_MACHINE));
-        }
-    }
-    EXPECT_EQ(S_OK, callServer(true));
-}
-
 // Functions that only note for whom they should register the type library: the machine ("m") or a user ("u").
 std::wstring notes;
 constexpr HRESULT noted = 0x00041234; // a success that no other function answers

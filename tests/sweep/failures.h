@@ -85,7 +85,7 @@ inline const Failure failures[] = {
 
 // Functions that are not made to fail:
 inline const std::string exempt =
-    // those of the C and C++ run-time,
+    // those that only the C and C++ run-time calls,
     " CloseHandle CreateEventA GetCurrentThreadId GetSystemTimeAsFileTime GetTickCount64 IsDBCSLeadByteEx "
     "InitializeCriticalSection LoadLibraryW MultiByteToWideChar RaiseException RtlCaptureContext "
     "RtlLookupFunctionEntry RtlUnwindEx RtlVirtualUnwind SetEvent Sleep TlsGetValue VirtualProtect "
