@@ -85,6 +85,17 @@ Grey8Loop<Entry> grey8Loop() {
 }
 
 template <class Entry>
+LevelLoop<Entry> levelLoop() {
+    const Versions& versions = activeVersions();
+    if constexpr (std::is_same_v<Entry, std::uint16_t>)
+        return versions.levelsTo16;
+    else if constexpr (std::is_same_v<Entry, ColorEntry>)
+        return versions.levelsTo24;
+    else
+        return versions.levelsTo32;
+}
+
+template <class Entry>
 HideLoop<Entry> hideLoop() {
     const Versions& versions = activeVersions();
     if constexpr (std::is_same_v<Entry, std::uint16_t>)
@@ -151,20 +162,30 @@ bool hasRuns(const Entry* table, std::uint32_t maxValue, Extent extent) {
     return true;
 }
 
-// 16-bit values through a table that has runs, a tile at a time. Calls done(out, x, y, extent) for each of
-// them, which is still in the caches.
-template <class Entry, class Done>
-void convertTiles(const PixelRows& destination, const ConstPixelRows& source, Extent extent,
-                  const Entry* table, std::uint32_t maxValue, Done done) {
+template <class Entry>
+void hideRows(const PixelRows& out, const HiddenPixels<Entry>& hidden, Extent extent) {
+    const auto hide = hideLoop<Entry>();
+    for (std::ptrdiff_t y = 0; y < extent.height; ++y)
+        hide(out.data + y * out.stride, hidden.mask.data + y * hidden.mask.stride, extent.width,
+             hidden.pixel);
+}
+
+// The part of rows that begins at pixel (x, y).
+template <class Rows>
+Rows rowsFrom(const Rows& rows, std::ptrdiff_t x, std::ptrdiff_t y, std::size_t pixelBytes) {
+    return {rows.data + y * rows.stride + x * static_cast<std::ptrdiff_t>(pixelBytes), rows.stride};
+}
+
+// Makes bytes of the values first, a tile at a time, which stays in the fastest caches.
+template <class Entry>
+void levelRows(const PixelRows& destination, const ConstPixelRows& source, Extent extent,
+               const LevelTable<Entry>& table, const HiddenPixels<Entry>* hidden) {
     constexpr std::int32_t tilePixels = 8192;
     std::array<std::uint8_t, tilePixels> narrowed;
-    std::array<Entry, 256> levels;
-    const std::size_t run = (maxValue + std::size_t{1}) / levels.size();
-    for (std::size_t level = 0; level < levels.size(); ++level)
-        levels[level] = table[level * run];
     const NarrowLoop narrow = activeVersions().narrow;
     const auto convert = grey8Loop<Entry>();
-
+    if (extent.empty())
+        return;
     const std::int32_t width = std::min(extent.width, tilePixels);
     const std::int32_t height = tilePixels / width;
     for (std::int32_t y = 0; y < extent.height; y += height) {
@@ -172,26 +193,31 @@ void convertTiles(const PixelRows& destination, const ConstPixelRows& source, Ex
             const Extent tile{std::min(width, extent.width - x), std::min(height, extent.height - y)};
             for (std::ptrdiff_t row = 0; row < tile.height; ++row) {
                 narrow(&narrowed[static_cast<std::size_t>(row * tile.width)],
-                       source.data + (y + row) * source.stride + 2 * std::ptrdiff_t{x}, tile.width, maxValue,
-                       std::countr_zero(run));
+                       rowsFrom(source, x, y + row, 2).data, tile.width, table.mask, table.shift);
             }
-            const auto column = static_cast<std::ptrdiff_t>(x * sizeof(Entry));
-            const PixelRows out{destination.data + y * destination.stride + column, destination.stride};
-            convert(out, {narrowed.data(), tile.width}, tile, levels.data());
-            done(out, x, y, tile);
+            const PixelRows out = rowsFrom(destination, x, y, sizeof(Entry));
+            convert(out, {narrowed.data(), tile.width}, tile, table.entries);
+            if (hidden)
+                hideRows<Entry>(out, {rowsFrom(hidden->mask, x, y, 1), hidden->pixel}, tile);
         }
     }
 }
 
-// 16-bit values through any table, by tiles or by rows.
-template <class Entry, class Done>
+// 16-bit values through any table.
+template <class Entry>
 void convertValues(const PixelRows& destination, const ConstPixelRows& source, Extent extent,
-                   const Entry* table, std::uint32_t maxValue, Done done) {
-    if (hasRuns(table, maxValue, extent))
-        return convertTiles(destination, source, extent, table, maxValue, done);
+                   const Entry* table, std::uint32_t maxValue, const HiddenPixels<Entry>* hidden) {
+    if (hasRuns(table, maxValue, extent)) {
+        std::array<Entry, 256> levels;
+        const std::size_t run = (maxValue + std::size_t{1}) / levels.size();
+        for (std::size_t level = 0; level < levels.size(); ++level)
+            levels[level] = table[level * run];
+        return levelLoop<Entry>()(destination, source, extent,
+                                  {levels.data(), maxValue, std::countr_zero(run)}, hidden);
+    }
     for (std::int32_t y = 0; y < extent.height; ++y) {
         const std::uint8_t* in = source.data + y * source.stride;
-        const PixelRows out{destination.data + y * destination.stride, destination.stride};
+        const PixelRows out = rowsFrom(destination, 0, y, sizeof(Entry));
         const auto valueAt = [in](std::ptrdiff_t x) {
             return std::uint32_t{loadPixel<std::uint16_t>(in + 2 * x)};
         };
@@ -202,7 +228,8 @@ void convertValues(const PixelRows& destination, const ConstPixelRows& source, E
             writeEntries<Entry>(out.data, extent.width,
                                 [=](std::ptrdiff_t x) { return loadEntry(table + (valueAt(x) & maxValue)); });
         }
-        done(out, 0, y, Extent{extent.width, 1});
+        if (hidden)
+            hideRows<Entry>(out, {rowsFrom(hidden->mask, 0, y, 1), hidden->pixel}, Extent{extent.width, 1});
     }
 }
 
@@ -218,6 +245,9 @@ void takePlainRowConverters(Versions& versions) {
     versions.grey8To16 = grey8Rows<std::uint16_t>;
     versions.grey8To24 = grey8Rows<ColorEntry>;
     versions.grey8To32 = grey8Rows<std::uint32_t>;
+    versions.levelsTo16 = levelRows<std::uint16_t>;
+    versions.levelsTo24 = levelRows<ColorEntry>;
+    versions.levelsTo32 = levelRows<std::uint32_t>;
     versions.narrow = narrowRow;
     versions.hide16 = hideRow<std::uint16_t>;
     versions.hide24 = hideRow<ColorEntry>;
@@ -237,21 +267,15 @@ void convertGrey8(const PixelRows& destination, const ConstPixelRows& source, Ex
 template <class Entry>
 void convertGrey16(const PixelRows& destination, const ConstPixelRows& source, Extent extent,
                    const Entry* table, std::uint32_t maxValue) {
-    convertValues(destination, source, extent, table, maxValue,
-                  [](const PixelRows&, std::int32_t, std::int32_t, Extent) {});
+    convertValues<Entry>(destination, source, extent, table, maxValue, nullptr);
 }
 
 template <class Entry>
 void convertMaskedRange16(const PixelRows& destination, const ConstPixelRows& source,
                           const ConstPixelRows& mask, Extent extent, const Entry* table,
                           std::uint32_t maxValue, Entry maskPixel) {
-    convertValues(destination, source, extent, table, maxValue,
-                  [&mask, maskPixel, hide = hideLoop<Entry>()](const PixelRows& out, std::int32_t x,
-                                                               std::int32_t y, Extent part) {
-                      for (std::ptrdiff_t row = 0; row < part.height; ++row)
-                          hide(out.data + row * out.stride, mask.data + (y + row) * mask.stride + x,
-                               part.width, maskPixel);
-                  });
+    const HiddenPixels<Entry> hidden{mask, maskPixel};
+    convertValues(destination, source, extent, table, maxValue, &hidden);
 }
 
 template void convertGrey8(const PixelRows&, const ConstPixelRows&, Extent, const std::uint8_t*);

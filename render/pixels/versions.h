@@ -26,6 +26,23 @@ using Grey8Loop = void (*)(const PixelRows&, const ConstPixelRows& source, Exten
 using ColorLoop = void (*)(const PixelRows&, const ConstPixelRows& red, const ConstPixelRows& green,
                            const ConstPixelRows& blue, Extent);
 
+// 16-bit values through a table of 256 entries: (value & mask) >> shift, which is below 256, tells the entry.
+template <class Entry>
+struct LevelTable {
+    const Entry* entries;
+    std::uint32_t mask;
+    int shift;
+};
+// Where the mask is 0, pixel is shown instead.
+template <class Entry>
+struct HiddenPixels {
+    ConstPixelRows mask;
+    Entry pixel;
+};
+template <class Entry>
+using LevelLoop = void (*)(const PixelRows&, const ConstPixelRows& source, Extent, const LevelTable<Entry>&,
+                           const HiddenPixels<Entry>* hidden); // null: none are
+
 // out[x] = the low byte of (the 16-bit word x of in & mask) >> shift, for one row.
 using NarrowLoop = void (*)(std::uint8_t* out, const std::uint8_t* in, std::ptrdiff_t width,
                             std::uint32_t mask, int shift);
@@ -60,7 +77,10 @@ struct Versions {
     Grey8Loop<std::uint16_t> grey8To16;
     Grey8Loop<ColorEntry> grey8To24;
     Grey8Loop<std::uint32_t> grey8To32;
-    NarrowLoop narrow;
+    LevelLoop<std::uint16_t> levelsTo16;
+    LevelLoop<ColorEntry> levelsTo24;
+    LevelLoop<std::uint32_t> levelsTo32;
+    NarrowLoop narrow; // of the level loops that have no better way
     HideLoop<std::uint16_t> hide16;
     HideLoop<ColorEntry> hide24;
     HideLoop<std::uint32_t> hide32;
