@@ -67,7 +67,7 @@ Ways peersOfGrey8(PixelFormat format, const std::uint8_t* source, Extent extent,
     Ways ways{loop(format, source, extent, table)};
 #ifdef TALX_LIBYUV
     if (format == PixelFormat::Rgb32) {
-        ways.push_back({"libyuv, grey only", [=](std::uint8_t* out) {
+        ways.push_back({"libyuv (grey only)", [=](std::uint8_t* out) {
                             libyuv::J400ToARGB(source, extent.width, out, 4 * extent.width, extent.width,
                                                extent.height);
                         }});
@@ -111,7 +111,7 @@ Ways peersOfColor([[maybe_unused]] PixelFormat format, [[maybe_unused]] const st
                         }});
     } else if (format == PixelFormat::Rgb16) {
         const auto words = std::make_shared<std::vector<std::uint8_t>>(std::size_t(4) * w);
-        ways.push_back({"libyuv, by rows of 32 bits", [=](std::uint8_t* out) {
+        ways.push_back({"libyuv (by rows of 32 bits)", [=](std::uint8_t* out) {
                             for (std::ptrdiff_t y = 0; y < h; ++y) {
                                 libyuv::MergeARGBPlane(red + y * w, w, green + y * w, w, blue + y * w, w,
                                                        nullptr, 0, words->data(), 4 * w, w, 1);
