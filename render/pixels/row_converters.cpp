@@ -184,8 +184,6 @@ void levelRows(const PixelRows& destination, const ConstPixelRows& source, Exten
     std::array<std::uint8_t, tilePixels> narrowed;
     const NarrowLoop narrow = activeVersions().narrow;
     const auto convert = grey8Loop<Entry>();
-    if (extent.empty())
-        return;
     const std::int32_t width = std::min(extent.width, tilePixels);
     const std::int32_t height = tilePixels / width;
     for (std::int32_t y = 0; y < extent.height; y += height) {

@@ -27,6 +27,7 @@ using ColorLoop = void (*)(const PixelRows&, const ConstPixelRows& red, const Co
                            const ConstPixelRows& blue, Extent);
 
 // 16-bit values through a table of 256 entries: (value & mask) >> shift, which is below 256, tells the entry.
+// Only for extents that are not empty.
 template <class Entry>
 struct LevelTable {
     const Entry* entries;

@@ -103,6 +103,7 @@ TEST(ImageServer, SaysWhichArgumentIsWrong) {
     progId = L"Hemlar.TalImage16Range.1";
     fails(E_POINTER, L"ppValues", accesses->CreatePelAccesses(nullptr, &none));
     fails(E_POINTER, L"ppMask", accesses->CreatePelAccesses(&none, nullptr));
+    fails(E_INVALIDARG, L"the same", accesses->CreatePelAccesses(&none, &none));
     ComPtr<ISupportErrorInfo> support[3];
     EXPECT_EQ(S_OK, color.As(&support[0]) | plane.As(&support[1]) | access.As(&support[2]));
 }

@@ -61,8 +61,9 @@ void blendInto(int format, Extent extent, Random& random) {
     IconIndexTables indices;
     random.fill(colors.data(), sizeof colors);
     random.fill(indices.index.data(), sizeof indices.index);
-    const auto transparencyOf = [](std::uint32_t i) {
-        return static_cast<std::uint8_t>(i % 2 ? i : i % 102);
+    const bool opaque = random.oneIn(4);
+    const auto transparencyOf = [opaque](std::uint32_t i) {
+        return static_cast<std::uint8_t>(opaque ? 0 : i % 2 ? i : i % 102);
     };
     for (int i = 0; i < 256; ++i) {
         indices.transparent[i] = transparencyOf(i) == 100;
