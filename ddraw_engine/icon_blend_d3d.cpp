@@ -2,12 +2,7 @@
 
 #include "ddraw_engine/icon_blend_d3d.h"
 
-#include "ddraw_engine/surface_lock.h"
-#include "render/pixels/row_converters.h"
-
 #include <algorithm>
-#include <array>
-#include <bit>
 
 namespace talx {
 
@@ -15,7 +10,6 @@ using Microsoft::WRL::ComPtr;
 
 namespace {
 
-constexpr std::int32_t smallestTextureSide = 32;
 constexpr std::int32_t safeTextureSide = 256; // every device takes textures of this size
 
 // The longest texture side that the device admits to.
@@ -33,34 +27,6 @@ std::int32_t maxTextureSide(IDirect3DDevice2* device) {
         }
     }
     return side == 0 ? safeTextureSide : static_cast<std::int32_t>(std::min<DWORD>(side, 1u << 16));
-}
-
-// 0xAARRGGBB per index, alpha being the icon's share.
-std::array<std::uint32_t, 256> texels(const IconTables& tables) {
-    std::array<std::uint32_t, 256> result{};
-    for (std::size_t i = 0; i < result.size(); ++i) {
-        const std::uint32_t share = invisibleWeight - tables.weight[i];
-        const std::uint32_t alpha = (share * 255 + invisibleWeight / 2) / invisibleWeight;
-        result[i] = alpha << 24 | (tables.color[i] & 0x00FFFFFF);
-    }
-    return result;
-}
-
-HRESULT createTexture(IDirectDraw* directDraw, DWORD memory, std::int32_t side,
-                      ComPtr<IDirectDrawSurface>& texture) {
-    auto description = sizedStructure<DDSURFACEDESC>();
-    description.dwFlags = DDSD_CAPS | DDSD_WIDTH | DDSD_HEIGHT | DDSD_PIXELFORMAT;
-    description.dwWidth = static_cast<DWORD>(side);
-    description.dwHeight = static_cast<DWORD>(side);
-    description.ddsCaps.dwCaps = DDSCAPS_TEXTURE | memory;
-    description.ddpfPixelFormat = sizedStructure<DDPIXELFORMAT>();
-    description.ddpfPixelFormat.dwFlags = DDPF_RGB | DDPF_ALPHAPIXELS;
-    description.ddpfPixelFormat.dwRGBBitCount = 32;
-    description.ddpfPixelFormat.dwRBitMask = 0x00FF0000;
-    description.ddpfPixelFormat.dwGBitMask = 0x0000FF00;
-    description.ddpfPixelFormat.dwBBitMask = 0x000000FF;
-    description.ddpfPixelFormat.dwRGBAlphaBitMask = 0xFF000000;
-    return createSurface(directDraw, description, texture);
 }
 
 // A corner of the icon in transformed coordinates. Pixel centres lie on whole numbers, so that a rectangle of
@@ -107,59 +73,60 @@ void setRenderStates(IDirect3DDevice2* device) {
 } // namespace
 
 bool IconBlenderD3d::blend(const BlendTarget& target, const IconBlendJob& job) {
-    if (!target.direct3d || !target.surface || deviceFailed_) {
+    if (!target.direct3d || !target.surface || givenUp_) {
         return false;
     }
     try {
         restoreIfLost(target.surface);
         if (!device_) {
-            deviceFailed_ = true; // unless it comes out well
+            givenUp_ = true; // unless it comes out well
             createDevice(target);
-            deviceFailed_ = false;
+            givenUp_ = false;
         }
-        if (!(intersect(job.target, viewRect_) == job.target)) {
-            return false;
-        }
-        fillTexture(target.directDraw, job);
-        saveBuffer(target, job.target);
-        check(device_->BeginScene());
-    } catch (const _com_error&) {
+        require(intersect(job.target, viewRect_) == job.target, E_FAIL);
+        draw(job.target, textures_.use(job, target.directDraw, device_.Get(), textureLimits_));
+        return true;
+    } catch (...) { // for want of memory, too: the software blend needs none
         return false;
     }
-    if (draw(job.target)) {
-        return true;
-    }
-    copySurface(target.surface, toRECT(job.target), saved_.surface.Get(),
-                toRECT({0, 0, job.target.extent().width, job.target.extent().height}));
-    return false;
 }
 
 void IconBlenderD3d::release() {
-    saved_ = {};
-    texture_ = {};
+    textures_ = {};
     viewport_.Reset();
     device_.Reset();
-    deviceFailed_ = false;
+    givenUp_ = false;
+}
+
+void IconBlenderD3d::giveUp() {
+    release();
+    givenUp_ = true;
 }
 
 void IconBlenderD3d::createDevice(const BlendTarget& target) {
+    // In the order of asking. A display adapter reads textures in its own memory, the processor those in the
+    // system's only.
+    constexpr struct {
+        const GUID& deviceClass;
+        DWORD textureMemory;
+    } devices[] = {
+        {IID_IDirect3DHALDevice, DDSCAPS_VIDEOMEMORY},
+        {IID_IDirect3DMMXDevice, DDSCAPS_SYSTEMMEMORY},
+        {IID_IDirect3DRGBDevice, DDSCAPS_SYSTEMMEMORY},
+    };
     auto description = sizedStructure<DDSURFACEDESC>();
     check(target.surface->GetSurfaceDesc(&description));
     viewRect_ = {0, 0, static_cast<std::int32_t>(description.dwWidth),
                  static_cast<std::int32_t>(description.dwHeight)};
-    // Drawing by the processor reads textures in system memory only, a display adapter those in its own.
-    try {
-        useDevice(target, IID_IDirect3DHALDevice);
-        textureMemory_ = DDSCAPS_VIDEOMEMORY;
-        return;
-    } catch (const _com_error&) {
-        textureMemory_ = DDSCAPS_SYSTEMMEMORY;
+    for (const auto& [deviceClass, textureMemory] : devices) {
+        try {
+            useDevice(target, deviceClass);
+            textureLimits_ = {textureMemory, maxTextureSide(device_.Get())};
+            return;
+        } catch (const _com_error&) { // then the next one
+        }
     }
-    try {
-        useDevice(target, IID_IDirect3DMMXDevice);
-    } catch (const _com_error&) {
-        useDevice(target, IID_IDirect3DRGBDevice);
-    }
+    raise(E_FAIL);
 }
 
 void IconBlenderD3d::useDevice(const BlendTarget& target, const GUID& deviceClass) {
@@ -179,61 +146,30 @@ void IconBlenderD3d::useDevice(const BlendTarget& target, const GUID& deviceClas
     view.dvMaxZ = 1.0f;
     check(viewport->SetViewport2(&view));
     check(device->SetCurrentViewport(viewport.Get()));
-    maxTextureSide_ = maxTextureSide(device.Get());
     device_ = device;
     viewport_ = viewport;
 }
 
-void IconBlenderD3d::fillTexture(IDirectDraw* directDraw, const IconBlendJob& job) {
-    const Extent icon = job.target.extent();
-    if (!texture_.covers(icon)) {
-        const auto longest =
-            static_cast<std::uint32_t>(std::max({icon.width, icon.height, smallestTextureSide}));
-        const auto side = static_cast<std::int32_t>(std::bit_ceil(longest));
-        require(side <= maxTextureSide_, E_FAIL);
-        ReusedSurface larger{nullptr, {side, side}};
-        check(createTexture(directDraw, textureMemory_, side, larger.surface));
-        texture_ = larger;
-    }
-    {
-        const SurfaceLock lock(texture_.surface.Get());
-        check(lock.result());
-        const bool suits = lock.bytesPerPixel() == sizeof(std::uint32_t) &&
-                           lock.extent().width >= icon.width && lock.extent().height >= icon.height;
-        require(suits, E_FAIL);
-        convertGrey8(PixelRows{lock.bits(), lock.pitch()}, job.icon, icon, texels(job.tables).data());
-    }
-    ComPtr<IDirect3DTexture2> texture;
-    D3DTEXTUREHANDLE handle = 0;
-    check(texture_.surface->QueryInterface(IID_IDirect3DTexture2, &texture));
-    check(nonNull(texture)->GetHandle(device_.Get(), &handle));
-    check(device_->SetRenderState(D3DRENDERSTATE_TEXTUREHANDLE, handle));
-}
-
-void IconBlenderD3d::saveBuffer(const BlendTarget& target, const Rect& rect) {
-    const Extent wanted = rect.extent();
-    if (!saved_.covers(wanted)) {
-        ReusedSurface larger{
-            nullptr,
-            {std::max(wanted.width, saved_.extent.width), std::max(wanted.height, saved_.extent.height)}};
-        check(createSurface(target.directDraw, DDSCAPS_OFFSCREENPLAIN, larger.extent.width,
-                            larger.extent.height, larger.surface));
-        saved_ = larger;
-    }
-    restoreIfLost(saved_.surface.Get());
-    check(copySurface(saved_.surface.Get(), toRECT({0, 0, wanted.width, wanted.height}), target.surface,
-                      toRECT(rect)));
-}
-
-bool IconBlenderD3d::draw(const Rect& rect) {
-    const float u = static_cast<float>(rect.width()) / static_cast<float>(texture_.extent.width);
-    const float v = static_cast<float>(rect.height()) / static_cast<float>(texture_.extent.height);
+// Nothing keeps the buffer as it was before: to copy it for each icon costs several times the icon. So it
+// counts what Direct3D promises. A DrawPrimitive that fails has drawn nothing. The drawing is in the surface
+// when EndScene has succeeded, and only then: a scene whose end fails counts as not drawn, and its device,
+// which may still have the scene open, goes at once. Should a driver have painted in spite of that, the
+// blended pixels of this one icon are blended twice (opaque and invisible ones are right all the same), but
+// never those of another: no device is made again for this buffer.
+void IconBlenderD3d::draw(const Rect& rect, std::int32_t textureSide) {
+    const float u = static_cast<float>(rect.width()) / static_cast<float>(textureSide);
+    const float v = static_cast<float>(rect.height()) / static_cast<float>(textureSide);
     D3DTLVERTEX corners[] = {corner(rect.left, rect.top, 0, 0), corner(rect.right, rect.top, u, 0),
                              corner(rect.left, rect.bottom, 0, v), corner(rect.right, rect.bottom, u, v)};
+    check(device_->BeginScene());
     const HRESULT drawn =
         device_->DrawPrimitive(D3DPT_TRIANGLESTRIP, D3DVT_TLVERTEX, corners, 4, D3DDP_WAIT | D3DDP_DONOTCLIP);
     const HRESULT ended = device_->EndScene();
-    return SUCCEEDED(drawn) && SUCCEEDED(ended);
+    if (FAILED(ended)) {
+        giveUp();
+    }
+    check(drawn);
+    check(ended);
 }
 
 } // namespace talx

@@ -33,7 +33,8 @@ public:
     // The palette that a palettised buffer's indices refer to; null for other formats.
     [[nodiscard]] virtual HPALETTE palette() const = 0;
 
-    // Blends an icon into a 32-bit buffer by other means than the software blend. False: nothing was drawn.
+    // Blends an icon into a 32-bit buffer by other means than the software blend. False: nothing counts as
+    // drawn.
     virtual bool blendIconInHardware(const IconBlendJob&) { return false; }
 
 protected:

@@ -15,6 +15,8 @@ namespace {
 
 using Microsoft::WRL::ComPtr;
 
+// Markers come last and together: an engine that blends them by Direct3D reads its whole surface back before
+// the next image or text.
 enum Layer : long { imageLayer, captionLayer, markerLayer, layerCount };
 
 constexpr COLORREF backgroundColor = RGB(40, 44, 52);

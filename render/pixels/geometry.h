@@ -14,6 +14,7 @@ struct Extent {
     std::int32_t height = 0;
 
     [[nodiscard]] constexpr bool empty() const { return width <= 0 || height <= 0; }
+    bool operator==(const Extent&) const = default;
 };
 
 // A rectangle in pixels, right and bottom exclusive.

@@ -18,6 +18,8 @@ constexpr std::uint8_t invisibleWeight = 128;
 struct IconTables {
     std::array<std::uint32_t, 256> color{};
     std::array<std::uint8_t, 256> weight{};
+
+    bool operator==(const IconTables&) const = default;
 };
 
 // What each icon index draws on a palettised buffer: nothing is blended.

@@ -153,8 +153,12 @@ HRESULT describe(HRESULT hr, FakeObject& surface, DDSURFACEDESC& d) {
 const auto surfaceMethods = [](auto& t) {
     t.QueryInterface = [](IDirectDrawSurface* self, REFIID iid, void** texture) {
         return make(record(self, "QueryInterface", iid), "handle",
-                    reinterpret_cast<IDirect3DTexture2**>(texture),
-                    [](auto& t) { t.GetHandle = recorded<"GetHandle">; });
+                    reinterpret_cast<IDirect3DTexture2**>(texture), [](auto& t) {
+                        t.GetHandle = [](IDirect3DTexture2* self, IDirect3DDevice2* device, DWORD* handle) {
+                            *handle = static_cast<DWORD>(of(self).display.textures.size()); // the newest
+                            return record(self, "GetHandle", device);
+                        };
+                    });
     };
     t.Blt = blt;
     t.SetClipper = recorded<"SetClipper">;
@@ -198,16 +202,33 @@ const auto deviceMethods = [](auto& t) {
     t.AddViewport = recorded<"AddViewport">;
     t.SetCurrentViewport = recorded<"SetCurrentViewport">;
     t.BeginScene = recorded<"BeginScene">;
-    t.EndScene = recorded<"EndScene">;
-    t.SetRenderState = recorded<"SetRenderState">;
-    // Paints the rectangle in a colour of its own; what breaks off has done half of its rows.
+    t.SetRenderState = [](IDirect3DDevice2* self, D3DRENDERSTATETYPE type, DWORD value) {
+        DWORD& texture = of(self).display.texture;
+        texture = type == D3DRENDERSTATE_TEXTUREHANDLE ? value : texture;
+        return record(self, "SetRenderState", type, value);
+    };
     t.DrawPrimitive = [](IDirect3DDevice2* self, D3DPRIMITIVETYPE type, D3DVERTEXTYPE vertexType,
                          void* vertices, DWORD count, DWORD flags) {
         const HRESULT hr = record(self, "DrawPrimitive", type, vertexType, count, flags);
         const auto* v = static_cast<D3DTLVERTEX*>(vertices);
-        RECT r{LONG(v[0].sx + 0.5f), LONG(v[0].sy + 0.5f), LONG(v[3].sx + 0.5f), LONG(v[3].sy + 0.5f)};
-        r.bottom = FAILED(hr) ? (r.top + r.bottom) / 2 : r.bottom;
-        paint(*of(self).display.surfaces.at("buffer"), r, [](int, int) { return &FakeDisplay::drawnColor; });
+        const RECT r{LONG(v[0].sx + 0.5f), LONG(v[0].sy + 0.5f), LONG(v[3].sx + 0.5f), LONG(v[3].sy + 0.5f)};
+        of(self).display.scene = FAILED(hr) ? RECT{} : r;
+        return hr;
+    };
+    // Blends the texture, unless it fails.
+    t.EndScene = [](IDirect3DDevice2* self) {
+        const HRESULT hr = record(self, "EndScene");
+        FakeDisplay& display = of(self).display;
+        FakeObject& buffer = *display.surfaces.at("buffer");
+        const RECT r = std::exchange(display.scene, {});
+        paint(buffer, FAILED(hr) ? RECT{} : r, [&, mixed = std::uint32_t{}](int x, int y) mutable {
+            const BYTE* const texel = display.textures.at(display.texture - 1)->at(x - r.left, y - r.top);
+            for (int i = 0; i < 3; ++i) {
+                const int sum = texel[i] * texel[3] + buffer.at(x, y)[i] * (255 - texel[3]);
+                reinterpret_cast<BYTE*>(&mixed)[i] = static_cast<BYTE>(sum / 255);
+            }
+            return &mixed;
+        });
         return hr;
     };
 };
@@ -243,7 +264,7 @@ const auto directDrawMethods = [](auto& t) {
         const DWORD caps = d->ddsCaps.dwCaps;
         const std::string name = caps & DDSCAPS_PRIMARYSURFACE      ? "primary"
                                  : caps & DDSCAPS_TEXTURE           ? "texture"
-                                 : display.surfaces.count("buffer") ? "saved"
+                                 : display.surfaces.count("buffer") ? "second"
                                                                     : "buffer";
         const HRESULT recorded = record(self, "CreateSurface " + name, d);
         const bool tooLarge = d->dwWidth > 4096 || d->dwHeight > 4096; // below 0, too
@@ -254,6 +275,7 @@ const auto directDrawMethods = [](auto& t) {
             surface.width = static_cast<int>(d->dwWidth);
             surface.height = static_cast<int>(d->dwHeight);
             surface.bytes = static_cast<int>(display.bits + 1) / 8;
+            name == "texture" ? display.textures.push_back(&surface) : void();
             surface.memory.assign(surface.pitch() * (d->dwHeight + 1), 0xCD);
         }
         return hr;

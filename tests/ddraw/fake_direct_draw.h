@@ -52,7 +52,9 @@ struct FakeDisplay {
         lie{}; // pixels that surfaces say to be narrower and lower, and the pitch that they state
     __int64 context = 0x5A5A; // what GetDC yields
 
-    static constexpr std::uint32_t drawnColor = 0x00ABCDEF; // of what Direct3D has drawn
+    std::vector<FakeObject*> textures; // by their handles from 1 on
+    DWORD texture = 0;                 // Direct3D's handle of the one in use
+    RECT scene{};                      // what is drawn from it when the scene ends
 
     Calls refuse; // calls whose record begins with one of these fail
     std::function<bool(const std::string&)> fails = [](const std::string&) {
@@ -66,8 +68,9 @@ struct FakeDisplay {
     Calls takeCalls() { return std::exchange(calls, {}); }
     [[nodiscard]] bool called(const std::string& beginning) const;
 
-    std::map<std::string, FakeObject*> surfaces; // "primary" (without pixels), "buffer", "texture", "saved"
-    std::array<PALETTEENTRY, 256> palette{};     // of the last CreatePalette
+    std::map<std::string, FakeObject*>
+        surfaces; // "primary" (without pixels), "buffer", "second" buffer, "texture"
+    std::array<PALETTEENTRY, 256> palette{}; // of the last CreatePalette
     int objects = 0;
 
 private:

@@ -132,8 +132,8 @@ TEST(DdrawSetup, ObjectsEndInOrder) {
     EXPECT_EQ((Calls{"~GDI palette", "~palette", "~clipper", "~primary", "~buffer", "~direct3d",
                      "~directdraw", "~library"}),
               endOf(8));
-    EXPECT_EQ((Calls{"~clipper", "~primary", "~buffer", "~saved", "~texture", "~viewport", "~device",
-                     "~direct3d", "~directdraw", "~library"}),
+    EXPECT_EQ((Calls{"~clipper", "~primary", "~buffer", "~texture", "~viewport", "~device", "~direct3d",
+                     "~directdraw", "~library"}),
               endOf(32));
 }
 

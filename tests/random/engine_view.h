@@ -70,7 +70,7 @@ struct EngineView {
     template <class Use>
     void withPixels(const Use& use, ITalRenderEngine2* other = nullptr) const {
         if (display) {
-            return use(Pixels(*display->surfaces.at(other ? "saved" : "buffer")));
+            return use(Pixels(*display->surfaces.at(other ? "second" : "buffer")));
         }
         ITalRenderEngine2* const of = other ? other : engine.Get();
         __int64 context = 0;

@@ -36,6 +36,7 @@ constexpr const wchar_t *noContextText = L"Can't create a compatible device cont
                         *noDirectDrawText = L"Can't create DirectDraw object.";
 
 inline const Failure failures[] = {
+    {"malloc", 0, S_OK, L"", L"DrawIcon8"}, // the software blend needs none
     {"malloc,realloc,HeapAlloc,FlsSetValue,SafeArrayCreateVector", 0, E_OUTOFMEMORY},
     {"calloc", 0, E_OUTOFMEMORY, L"There is no memory for Width x Height pels.", L"Allocate"},
     {"calloc", 0, E_OUTOFMEMORY},
@@ -69,7 +70,7 @@ inline const Failure failures[] = {
     {"primary.Blt", 0, noDisplay, L"Surface Blt operation failed."},
     {"buffer.Blt", 0, noDisplay, L"Color fill Blt failed.", L"Fill"},
     {"buffer.Blt", 0, S_OK, L"", L"Initialize"},
-    {"buffer.Blt,buffer.GetSurfaceDesc", 0, S_OK, L"", L"DrawIcon8"},
+    {"buffer.GetSurfaceDesc", 0, S_OK, L"", L"DrawIcon8"},
     {"buffer.GetDC", 0, noDisplay, L"Surface GetDC failed."},
     {"buffer.ReleaseDC", 0, E_FAIL, L"", L"ReleaseDrawContext"},
     {"buffer.Lock", 0, noDisplay},
@@ -80,7 +81,7 @@ inline const Failure failures[] = {
     {"GetSystemPaletteEntries,RealizePalette,SelectClipRgn,SelectObject,SelectPalette", 0, S_OK},
     {"SetDIBColorTable,SetPaletteEntries,UnrealizeObject", 0, S_OK},
     {"buffer.Restore,buffer.Unlock,primary.Restore,directdraw.QueryInterface,direct3d.", 0, S_OK},
-    {"directdraw.CreateSurface saved,saved.,directdraw.CreateSurface texture,texture.", 0, S_OK},
+    {"directdraw.CreateSurface texture,texture.", 0, S_OK},
     {"device.,handle.,viewport.", 0, S_OK}};
 
 // Functions that are not made to fail:
