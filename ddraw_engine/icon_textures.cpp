@@ -32,13 +32,13 @@ std::array<std::uint32_t, 256> texels(const IconTables& tables) {
 
 std::int32_t IconTextures::use(const IconBlendJob& job, IDirectDraw* directDraw, IDirect3DDevice2* device,
                                const TextureLimits& limits) {
+    // The device's texture was used last, so that it is never the one that is given another icon.
     auto texture = std::ranges::find_if(textures_, [&](const Texture& t) { return t.holds(job); });
     if (texture == textures_.end()) {
         texture = std::ranges::min_element(textures_, {}, &Texture::lastUse);
         const Extent icon = job.target.extent();
         const std::int32_t longest = std::max({icon.width, icon.height, smallestSide});
         if (longest > texture->side) {
-            used_ = nullptr;
             *texture = createTexture(longest, directDraw, device, limits);
         }
         texture->fill(job);

@@ -110,13 +110,18 @@ TEST_P(RandomDrawing, ShowsWhatTheModelShows) {
         EngineView::initialize(view.engine.Get());
         ColorTwin colors(view, random);
         BufferTwin twin(view, random);
+        std::map<Drawing::What, std::vector<std::unique_ptr<Drawing>>> drawings;
         for (int i = 0; i < 20 && !HasFailure(); ++i) {
             if (random.oneIn(4)) {
                 colors.change();
             }
             const auto what = random.oneOf({Drawing::fill, Drawing::icon, Drawing::icon, Drawing::image,
                                             Drawing::image, Drawing::image});
-            Drawing drawing(random, what, true, static_cast<model::Kind>(random.between(0, 3)));
+            auto& drawn = drawings[what];
+            drawn.push_back(std::make_unique<Drawing>(random, what, true,
+                                                      static_cast<model::Kind>(random.between(0, 3))));
+            // Some of them again: Direct3D may still have an icon, and must not take it for another one.
+            Drawing& drawing = *drawn[drawn.size() - random.between(1, std::min<int>(drawn.size(), 5))];
             const int method = random.oneIn(9) ? 7 : random.between(0, 1); // of no concern to icons
             const int left = random.between(-20, 40), top = random.between(-20, 30);
             const model::Rect clip = random.oneIn(2) ? everywhere
