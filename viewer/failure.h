@@ -1,4 +1,5 @@
-// How the viewer's parts tell that something went wrong: exceptions that carry one line of UTF-8 text.
+// What the viewer's own parts throw beside talxrend::Failure: exceptions that carry one line of UTF-8 text.
+// Nothing of Windows is needed for them.
 #pragma once
 
 #include <stdexcept>
@@ -6,8 +7,6 @@
 #include <string_view>
 
 namespace talview {
-
-using HRESULT = long; // as Windows has it, without which the command line is read, too
 
 // The work cannot be done.
 class Failure : public std::runtime_error {
@@ -23,11 +22,7 @@ public:
 
 [[nodiscard]] std::string utf8(std::wstring_view text);
 
-// Throws a Failure for a failure code: what was done, then the description that the failing object left with
-// the thread (IErrorInfo), or else the system's own text for the code.
-void check(HRESULT hr, std::string_view what);
-
-// The same for the creation of an object of a class that a registered DLL serves: the text says what to do.
-void checkCreated(HRESULT hr, const std::string& dll);
+// Says what to do when an object of a class that a DLL serves cannot be created.
+[[nodiscard]] std::string notRegistered(const std::string& dll);
 
 } // namespace talview

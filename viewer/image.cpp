@@ -8,18 +8,19 @@
 namespace talview {
 namespace {
 
-const CLSID& classOf(ImageKind kind) {
+talxrend::ComPtr<ITalImage> newImage(ImageKind kind) {
+    const std::string what = notRegistered("talxstd.dll");
     switch (kind) {
     case ImageKind::grey8:
-        return __uuidof(TalImage8Grey);
+        return talxrend::createImage<ITalImage8Grey>(what);
     case ImageKind::grey16:
-        return __uuidof(TalImage16Grey);
+        return talxrend::createImage<ITalImage16Grey>(what);
     case ImageKind::range16:
-        return __uuidof(TalImage16Range);
+        return talxrend::createImage<ITalImage16Range>(what);
     case ImageKind::color:
         break;
     }
-    return __uuidof(TalImageColor);
+    return talxrend::createImage<ITalImageColor>(what);
 }
 
 TalDepthCode depthCode(int bits) {
@@ -32,36 +33,18 @@ TalDepthCode depthCode(int bits) {
 
 } // namespace
 
-PlaneAccess::PlaneAccess(ITalImageMemory* memory, long plane, TalPelAccessMode mode) {
-    check(memory->CreatePlaneAccess(plane, mode, &access_), "cannot reach the image's memory");
-    __int64 data = 0;
-    access_->get_Data(&data);
-    access_->get_RowStride(&stride_);
-    data_ = reinterpret_cast<std::uint8_t*>(data);
-}
-
-PlaneAccess::~PlaneAccess() {
-    access_->Unlock();
-}
-
 Image::Image(ImageKind kind, long width, long height, bool masked, int depth)
     : kind_(kind), width_(width), height_(height), masked_(masked), depth_(kind == ImageKind::grey16 ? depth
                                                                            : kind == ImageKind::range16 ? 16
                                                                                                         : 8) {
-    checkCreated(CoCreateInstance(classOf(kind), nullptr, CLSCTX_INPROC_SERVER, IID_PPV_ARGS(&image_)),
-                 "talxstd.dll");
-    check(image_.As(&memory_), "the image gives no access to its memory");
+    image_ = newImage(kind);
     const long planes = kind == ImageKind::color ? 3 : masked ? 2 : 1;
-    check(memory_->Allocate(width, height, planes), "cannot allocate the image");
+    talxrend::allocate(image_.Get(), {width, height}, planes);
     if (kind == ImageKind::grey16) {
-        Microsoft::WRL::ComPtr<ITalImage16Grey> grey;
-        check(image_.As(&grey), "the image is not 16-bit grey");
-        check(grey->put_DepthCode(depthCode(depth)), "cannot set the image's depth");
+        talxrend::ComPtr<ITalImage16Grey> grey;
+        talxrend::check(image_.As(&grey), "the image is not 16-bit grey");
+        talxrend::check(grey->put_DepthCode(depthCode(depth)), grey, "cannot set the image's depth");
     }
-}
-
-PlaneAccess Image::access(long plane, TalPelAccessMode mode) const {
-    return {memory_.Get(), plane, mode};
 }
 
 std::wstring Image::valueText(long x, long y) const {

@@ -1,9 +1,7 @@
 // An image object of the image library, as the viewer uses it.
 #pragma once
 
-#include "talxstd.h"
-
-#include <wrl/client.h>
+#include <talxrend.hpp>
 
 #include <cstdint>
 #include <string>
@@ -13,24 +11,7 @@ namespace talview {
 
 enum class ImageKind { grey8, grey16, range16, color };
 
-// Access to the pixel memory of one plane, ended when it goes.
-class PlaneAccess {
-public:
-    PlaneAccess(ITalImageMemory* memory, long plane, TalPelAccessMode mode);
-    ~PlaneAccess();
-    PlaneAccess(const PlaneAccess&) = delete;
-    PlaneAccess& operator=(const PlaneAccess&) = delete;
-
-    template <class Pel>
-    [[nodiscard]] Pel* row(long y) const {
-        return reinterpret_cast<Pel*>(data_ + static_cast<std::ptrdiff_t>(stride_) * y);
-    }
-
-private:
-    Microsoft::WRL::ComPtr<ITalPelAccess> access_;
-    std::uint8_t* data_ = nullptr;
-    long stride_ = 0;
-};
+using talxrend::PlaneAccess;
 
 class Image {
 public:
@@ -45,7 +26,9 @@ public:
     // Number of different pixel values of a plane.
     [[nodiscard]] std::uint32_t valueCount() const { return kind_ == ImageKind::color ? 256 : 1u << depth_; }
 
-    [[nodiscard]] PlaneAccess access(long plane, TalPelAccessMode mode) const;
+    [[nodiscard]] PlaneAccess access(long plane, TalPelAccessMode mode) const {
+        return {image_.Get(), plane, mode};
+    }
 
     // The pixel's value as text; (x, y) lies in the image.
     [[nodiscard]] std::wstring valueText(long x, long y) const;
@@ -59,8 +42,7 @@ private:
     long height_;
     bool masked_;
     int depth_;
-    Microsoft::WRL::ComPtr<ITalImage> image_;
-    Microsoft::WRL::ComPtr<ITalImageMemory> memory_;
+    talxrend::ComPtr<ITalImage> image_;
 };
 
 } // namespace talview

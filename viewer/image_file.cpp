@@ -13,7 +13,8 @@
 namespace talview {
 namespace {
 
-using Microsoft::WRL::ComPtr;
+using talxrend::check;
+using talxrend::ComPtr;
 
 // A decoded picture, rows without padding: 1 byte (grey), 2 bytes (16-bit grey) or 4 bytes (blue, green, red,
 // alpha) a pixel.
@@ -51,10 +52,8 @@ bool hasGreyPalette(IWICImagingFactory* factory, IWICBitmapFrameDecode* frame) {
 }
 
 Picture decode(const std::wstring& path) {
-    ComPtr<IWICImagingFactory> factory;
-    checkCreated(
-        CoCreateInstance(CLSID_WICImagingFactory, nullptr, CLSCTX_INPROC_SERVER, IID_PPV_ARGS(&factory)),
-        "windowscodecs.dll");
+    const auto factory =
+        talxrend::create<IWICImagingFactory>(CLSID_WICImagingFactory, notRegistered("windowscodecs.dll"));
     ComPtr<IWICBitmapDecoder> decoder;
     const HRESULT opened = factory->CreateDecoderFromFilename(path.c_str(), nullptr, GENERIC_READ,
                                                               WICDecodeMetadataCacheOnDemand, &decoder);

@@ -5,8 +5,6 @@
 #include "viewer/save.h"
 #include "viewer/window.h"
 
-#include <objbase.h>
-
 #include <cstdio>
 #include <new>
 
@@ -14,16 +12,8 @@ namespace {
 
 using namespace talview;
 
-class ComApartment {
-public:
-    ComApartment() { check(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED), "cannot start COM"); }
-    ~ComApartment() { CoUninitialize(); }
-    ComApartment(const ComApartment&) = delete;
-    ComApartment& operator=(const ComApartment&) = delete;
-};
-
 void view(const Options& options) {
-    const ComApartment apartment;
+    const talxrend::Apartment apartment;
     Image image =
         options.range ? loadRangeImage(options.image, options.mask) : loadImage(options.image, options.depth);
     Window window(options.width, options.height, options.image + L" - talview");
@@ -36,7 +26,7 @@ void view(const Options& options) {
                 scene.extent().bottom);
     std::fflush(stdout);
     if (!options.save.empty()) {
-        savePng(scene, static_cast<TalRenderTargetFormatConstants>(options.format), options.save);
+        save(scene, static_cast<TalRenderTargetFormatConstants>(options.format), options.save);
     }
     if (options.hold || options.save.empty()) {
         window.run(options.hold);
@@ -59,7 +49,7 @@ int wmain(int argc, wchar_t** argv) {
     } catch (const UsageError& error) {
         std::fprintf(stderr, "talview: %s\nTry 'talview --help'.\n", error.what());
         return 2;
-    } catch (const Failure& failure) {
+    } catch (const std::runtime_error& failure) {
         std::fprintf(stderr, "talview: %s\n", failure.what());
     } catch (const std::bad_alloc&) {
         std::fprintf(stderr, "talview: not enough memory\n");

@@ -1,7 +1,6 @@
 // The marker's pixels.
 #include "viewer/marker.h"
 
-#include "viewer/failure.h"
 #include "viewer/image.h"
 
 #include <algorithm>
@@ -33,8 +32,7 @@ double coverage(double distance, double radius, double halfWidth) {
 } // namespace
 
 Marker::Marker(bool palettised)
-    : colors_(VT_I4, std::vector<std::uint32_t>(256, color)),
-      transparencies_(VT_UI1, talview::transparencies(palettised)) {
+    : colors_(std::vector<std::uint32_t>(256, color)), transparencies_(talview::transparencies(palettised)) {
     const Image image(ImageKind::grey8, size, size);
     const PlaneAccess access = image.access(0, talPelAccessWrite);
     for (long y = 0; y < size; ++y) {
@@ -44,7 +42,7 @@ Marker::Marker(bool palettised)
             access.row<std::uint8_t>(y)[x] = static_cast<std::uint8_t>(std::lround(share * mostOpaque));
         }
     }
-    check(image.object()->QueryInterface(IID_PPV_ARGS(&icon_)), "the marker is not an icon");
+    talxrend::check(image.object()->QueryInterface(IID_PPV_ARGS(&icon_)), "the marker is not an icon");
 }
 
 } // namespace talview

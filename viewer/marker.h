@@ -1,10 +1,7 @@
 // The icon that marks a place: a ring with a dot, soft at its edges.
 #pragma once
 
-#include "talxstd.h"
-#include "viewer/safe_array.h"
-
-#include <wrl/client.h>
+#include <talxrend.hpp>
 
 namespace talview {
 
@@ -16,13 +13,13 @@ public:
     explicit Marker(bool palettised);
 
     [[nodiscard]] ITalImage8Grey* icon() const { return icon_.Get(); }
-    [[nodiscard]] SAFEARRAY** colors() { return colors_.address(); }
-    [[nodiscard]] SAFEARRAY** transparencies() { return transparencies_.address(); }
+    [[nodiscard]] talxrend::SafeArray& colors() { return colors_; }
+    [[nodiscard]] talxrend::SafeArray& transparencies() { return transparencies_; }
 
 private:
-    Microsoft::WRL::ComPtr<ITalImage8Grey> icon_;
-    SafeArray colors_;
-    SafeArray transparencies_;
+    talxrend::ComPtr<ITalImage8Grey> icon_;
+    talxrend::SafeArray colors_;
+    talxrend::SafeArray transparencies_;
 };
 
 } // namespace talview

@@ -169,7 +169,7 @@ Shows a PNG, BMP, TIFF or JPEG picture in a window through a render engine.
   --no-caption          leaves out the line of text at the bottom
   --engine gdi|directdraw
                         render engine (gdi)
-  --save FILE.png       saves what the window shows and leaves
+  --save FILE           saves what the window shows and leaves; PNG, JPEG, BMP or TIFF by the name's ending
   --format native|pal8|rgb15|rgb16|rgb24|rgb32
                         pixel format of the render target that is saved; GDI engine only (native)
   --hold SECONDS        keeps the window up that long, then leaves

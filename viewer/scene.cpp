@@ -2,8 +2,6 @@
 #include "viewer/scene.h"
 
 #include "viewer/failure.h"
-#include "viewer/gdi.h"
-#include "viewer/safe_array.h"
 
 #include <algorithm>
 #include <cmath>
@@ -12,8 +10,6 @@
 
 namespace talview {
 namespace {
-
-using Microsoft::WRL::ComPtr;
 
 // Markers come last and together: an engine that blends them by Direct3D reads its whole surface back before
 // the next image or text.
@@ -31,72 +27,37 @@ bool isScreenPalettised(HWND window) {
     return palettised;
 }
 
+talxrend::ComPtr<ITalRenderEngine2> createEngine(bool directDraw) {
+    return talxrend::create<ITalRenderEngine2>(
+        directDraw ? __uuidof(TalRenderEngine) : __uuidof(TalGDIRenderEngine), notRegistered("talxrend.dll"));
+}
+
 } // namespace
 
 Scene::Scene(HWND window, const Options& options, Image image)
     : window_(window), options_(options), image_(std::move(image)),
       placement_(image_.width(), image_.height(), options.scale, options.at),
       palettised_(isScreenPalettised(window)), marker_(palettised_),
-      engine_(createEngine(options.directDraw)) {
-    RECT client;
-    GetClientRect(window, &client);
-    width_ = client.right;
-    height_ = client.bottom;
-    placement_.resize(width_, height_);
-
-    check(engine_->Initialize(reinterpret_cast<__int64>(window), width_, height_),
-          "cannot set up the render engine");
-    check(engine_->put_Layers(layerCount), "Layers");
-    check(engine_->AdviseRenderEvents(this), "AdviseRenderEvents");
-    check(engine_->put_VisiblePixelMaskEnable(VARIANT_TRUE), "VisiblePixelMaskEnable");
-    check(engine_->put_VisiblePixelMaskColor(options.maskColor), "VisiblePixelMaskColor");
+      engine_(createEngine(options.directDraw), window, layerCount,
+              [this](long layer, const RECT& rect) { drawLayer(layer, rect); }) {
+    setExtent();
+    engine_.call(engine_->put_VisiblePixelMaskEnable(VARIANT_TRUE), "VisiblePixelMaskEnable");
+    engine_.call(engine_->put_VisiblePixelMaskColor(options.maskColor), "VisiblePixelMaskColor");
     setMethod();
     setColorMap();
     updateAll();
 }
 
-Scene::~Scene() {
-    // The engine holds its sink without a reference.
-    engine_->UnAdvise();
-}
-
-HRESULT Scene::QueryInterface(REFIID iid, void** object) {
-    if (!object) {
-        return E_POINTER;
-    }
-    const bool known = iid == __uuidof(IUnknown) || iid == __uuidof(ITalRenderEngineEvents);
-    *object = known ? static_cast<ITalRenderEngineEvents*>(this) : nullptr;
-    return known ? S_OK : E_NOINTERFACE;
-}
-
-HRESULT Scene::InvalidateLayers(long StartLayer, long EndLayer, long L, long T, long R, long B) {
-    // No exception may cross the engine: it is kept for the update that led here.
-    try {
-        for (long layer = StartLayer; layer <= EndLayer; ++layer) {
-            drawLayer(layer, {L, T, R, B});
-        }
-        return S_OK;
-    } catch (...) {
-        drawFailure_ = std::current_exception();
-        return E_FAIL;
-    }
+void Scene::setExtent() {
+    const RECT view = engine_.extent();
+    width_ = view.right;
+    height_ = view.bottom;
+    placement_.resize(width_, height_);
 }
 
 void Scene::updateLayer(long layer, const RECT& rect) {
-    check(engine_->BeginLayerUpdate(layer, rect.left, rect.top, rect.right, rect.bottom), "BeginLayerUpdate");
-    drawLayer(layer, rect);
-    check(engine_->EndLayerUpdate(layer, rect.left, rect.top, rect.right, rect.bottom), "EndLayerUpdate");
-    if (drawFailure_) {
-        std::rethrow_exception(std::exchange(drawFailure_, nullptr));
-    }
-    refresh(rect);
-}
-
-void Scene::refresh(const RECT& rect) {
-    POINT origin{};
-    ClientToScreen(window_, &origin);
-    check(engine_->RefreshScreen(origin.x, origin.y, rect.left, rect.top, rect.right, rect.bottom),
-          "RefreshScreen");
+    engine_.update(layer, rect);
+    engine_.show(rect);
 }
 
 void Scene::drawLayer(long layer, const RECT& rect) {
@@ -111,10 +72,9 @@ void Scene::drawLayer(long layer, const RECT& rect) {
 }
 
 void Scene::drawImage(const RECT& rect) {
-    check(engine_->Fill(imageLayer, rect.left, rect.top, rect.right, rect.bottom, backgroundColor), "Fill");
-    check(engine_->DrawImage(imageLayer, image_.object(), placement_.left(), placement_.top(),
-                             placement_.scale(), rect.left, rect.top, rect.right, rect.bottom, 0),
-          "DrawImage");
+    engine_.fill(imageLayer, rect, backgroundColor);
+    engine_.drawImage(imageLayer, image_.object(), {placement_.left(), placement_.top()}, placement_.scale(),
+                      rect);
 }
 
 void Scene::drawCaption(const RECT& rect) {
@@ -123,28 +83,27 @@ void Scene::drawCaption(const RECT& rect) {
     if (!options_.caption || !IntersectRect(&visible, &strip, &rect)) {
         return;
     }
-    const GdiOwner<HBRUSH> brush(CreateSolidBrush(captionColor));
-    const GdiOwner<HFONT> font(CreateFontW(-13, 0, 0, 0, FW_NORMAL, FALSE, FALSE, FALSE, DEFAULT_CHARSET,
-                                           OUT_DEFAULT_PRECIS, CLIP_DEFAULT_PRECIS, NONANTIALIASED_QUALITY,
-                                           DEFAULT_PITCH, L"Tahoma"));
-    const DrawContext dc(engine_.Get(), captionLayer, visible);
+    const talxrend::GdiOwner<HBRUSH> brush(CreateSolidBrush(captionColor));
+    const talxrend::GdiOwner<HFONT> font(CreateFontW(-13, 0, 0, 0, FW_NORMAL, FALSE, FALSE, FALSE,
+                                                     DEFAULT_CHARSET, OUT_DEFAULT_PRECIS, CLIP_DEFAULT_PRECIS,
+                                                     NONANTIALIASED_QUALITY, DEFAULT_PITCH, L"Tahoma"));
+    talxrend::DrawContext dc(engine_, captionLayer, visible);
     FillRect(dc, &strip, brush.get());
-    const Selected selected(dc, font.get());
+    SelectObject(dc, font.get());
     SetBkMode(dc, TRANSPARENT);
     SetTextColor(dc, captionTextColor);
     InflateRect(&strip, -4, 0);
     DrawTextW(dc, captionText().c_str(), -1, &strip,
               DT_SINGLELINE | DT_VCENTER | DT_END_ELLIPSIS | DT_NOPREFIX);
+    dc.end();
 }
 
 void Scene::drawMarkers(const RECT& rect) {
     constexpr long half = Marker::size / 2; // beside the middle pixel
     for (const Point& place : options_.markers) {
         const Point middle = placement_.toView({place.x + 0.5, place.y + 0.5});
-        check(engine_->DrawIcon8(markerLayer, marker_.icon(), marker_.colors(), marker_.transparencies(),
-                                 std::floor(middle.x) - half, std::floor(middle.y) - half, 1, rect.left,
-                                 rect.top, rect.right, rect.bottom),
-              "DrawIcon8");
+        engine_.drawIcon(markerLayer, marker_.icon(), marker_.colors(), marker_.transparencies(),
+                         std::floor(middle.x) - half, std::floor(middle.y) - half, 1, rect);
     }
 }
 
@@ -168,11 +127,8 @@ std::wstring Scene::captionText() const {
 }
 
 void Scene::setMethod() {
-    ComPtr<ITalRenderEngineScalingParams> scaling;
-    check(engine_.As(&scaling), "the engine has no scaling method");
-    check(scaling->put_ScalingMethod(options_.centre ? talRenderEngineScalingMethodBilinearInterpolation
-                                                     : talRenderEngineScalingMethodNoInterpolation),
-          "ScalingMethod");
+    engine_.putScalingMethod(options_.centre ? talRenderEngineScalingMethodBilinearInterpolation
+                                             : talRenderEngineScalingMethodNoInterpolation);
 }
 
 void Scene::setColorMap() {
@@ -185,39 +141,28 @@ void Scene::setColorMap() {
         const auto [low, high] = image_.valueLimits();
         limits = {static_cast<double>(low), static_cast<double>(std::max(high, low + 1))};
     }
-    SafeArray colors(VT_I4, colorTable(*options_.map, count, limits.low, limits.high));
+    const auto colors = colorTable(*options_.map, count, limits.low, limits.high);
     switch (image_.kind()) {
     case ImageKind::grey8:
-        check(engine_->put_Image8GreyWholeColorMap(colors.address()), "Image8GreyWholeColorMap");
-        break;
+        return engine_.put8GreyMap(colors);
     case ImageKind::grey16:
-        check(engine_->put_Image16GreyColorMap(colors.address()), "Image16GreyColorMap");
-        break;
+        return engine_.put16GreyMap(colors);
     case ImageKind::range16:
-        check(engine_->put_Image16RangeColorMap(colors.address()), "Image16RangeColorMap");
-        break;
+        return engine_.put16RangeMap(colors);
     case ImageKind::color:
         break;
     }
-    if (palettised_) {
-        // The engine looks for the nearest palette entries of a whole map only when the palette changes.
-        check(engine_->PaletteChange(), "PaletteChange");
-    }
 }
 
-void Scene::resize(long width, long height) {
-    if (width == width_ && height == height_) {
-        return;
+void Scene::resize() {
+    if (engine_.resize()) {
+        setExtent();
+        updateAll();
     }
-    check(engine_->SetExtent(width, height), "cannot resize the view");
-    width_ = width;
-    height_ = height;
-    placement_.resize(width, height);
-    updateAll();
 }
 
 void Scene::paletteChanged() {
-    check(engine_->PaletteChange(), "PaletteChange");
+    engine_.call(engine_->PaletteChange(), "PaletteChange");
     updateAll();
 }
 

@@ -1,12 +1,9 @@
 // Window messages into calls of the scene.
 #include "viewer/window.h"
 
-#include "viewer/failure.h"
-
 #include <windowsx.h>
 
 #include <cmath>
-#include <utility>
 
 namespace talview {
 namespace {
@@ -15,8 +12,7 @@ constexpr wchar_t className[] = L"talview";
 constexpr double zoomStep = 1.25;
 
 [[noreturn]] void throwLastError(const char* what) {
-    check(HRESULT_FROM_WIN32(GetLastError()), what);
-    throw Failure(what);
+    throw talxrend::Failure(HRESULT_FROM_WIN32(GetLastError()), what);
 }
 
 } // namespace
@@ -59,7 +55,7 @@ void Window::run(std::optional<double> seconds) {
         SetTimer(window_, timer, static_cast<UINT>(std::lround(*seconds * 1000)), nullptr);
     }
     MSG message;
-    while (!failure_ && !closed_ && GetMessageW(&message, nullptr, 0, 0) != -1) {
+    while (!failure_.holdsFailure() && !closed_ && GetMessageW(&message, nullptr, 0, 0) != -1) {
         if (message.message == WM_TIMER) {
             KillTimer(window_, timer);
             break;
@@ -68,9 +64,7 @@ void Window::run(std::optional<double> seconds) {
         TranslateMessage(&message);
         DispatchMessageW(&message);
     }
-    if (failure_) {
-        std::rethrow_exception(std::exchange(failure_, nullptr));
-    }
+    failure_.rethrow();
 }
 
 LRESULT CALLBACK Window::windowProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
@@ -92,12 +86,7 @@ LRESULT CALLBACK Window::windowProc(HWND window, UINT message, WPARAM wParam, LP
         return DefWindowProcW(window, message, wParam, lParam);
     }
     // No exception may cross the system's code: it is kept for the message loop.
-    try {
-        return self->handle(message, wParam, lParam);
-    } catch (...) {
-        self->failure_ = std::current_exception();
-        return 0;
-    }
+    return self->failure_.run([&] { return self->handle(message, wParam, lParam); });
 }
 
 LRESULT Window::handle(UINT message, WPARAM wParam, LPARAM lParam) {
@@ -108,7 +97,7 @@ LRESULT Window::handle(UINT message, WPARAM wParam, LPARAM lParam) {
     case WM_ERASEBKGND:
         return 1;
     }
-    if (!scene_ || failure_) {
+    if (!scene_ || failure_.holdsFailure()) {
         return DefWindowProcW(window_, message, wParam, lParam);
     }
     POINT point{GET_X_LPARAM(lParam), GET_Y_LPARAM(lParam)};
@@ -121,9 +110,7 @@ LRESULT Window::handle(UINT message, WPARAM wParam, LPARAM lParam) {
         return 0;
     }
     case WM_SIZE:
-        if (wParam != SIZE_MINIMIZED && LOWORD(lParam) > 0 && HIWORD(lParam) > 0) {
-            scene_->resize(LOWORD(lParam), HIWORD(lParam));
-        }
+        scene_->resize();
         return 0;
     case WM_QUERYNEWPALETTE:
         scene_->paletteChanged();

@@ -32,7 +32,7 @@ private:
     Scene* scene_ = nullptr;
     POINT pointer_{};
     bool closed_ = false;
-    std::exception_ptr failure_;
+    talxrend::Guard failure_;
 };
 
 } // namespace talview
