@@ -26,19 +26,19 @@ struct Plane {
 // sees to that.
 using KeepAlive = ComPtr<IUnknown>;
 
-// Holds the pointer for that long.
-[[nodiscard]] inline KeepAlive keepAlive(std::shared_ptr<const void> memory) {
-    struct Holder final : Object<IUnknown> {
-        explicit Holder(std::shared_ptr<const void> held) : memory(std::move(held)) {}
-        std::shared_ptr<const void> memory;
+// Calls the function then, once. It must not throw.
+[[nodiscard]] KeepAlive keepAlive(std::invocable auto done) {
+    struct Call final : Object<IUnknown> {
+        explicit Call(decltype(done) work) : function(std::move(work)) {}
+        ~Call() override { function(); }
+        decltype(done) function;
     };
-    return new Holder(std::move(memory));
+    return new Call(std::move(done));
 }
 
-// Calls the function then, once. The function must not throw.
-[[nodiscard]] inline KeepAlive keepAlive(std::invocable auto done) {
-    return keepAlive(
-        std::shared_ptr<const void>(nullptr, [done = std::move(done)](const void*) mutable { done(); }));
+// Holds the pointer for that long.
+[[nodiscard]] inline KeepAlive keepAlive(std::shared_ptr<const void> memory) {
+    return keepAlive([held = std::move(memory)] {});
 }
 
 // A new image of Kind, one of ITalImage8Grey, ITalImageColor, ITalImage16Grey and ITalImage16Range, that has
