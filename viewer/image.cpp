@@ -36,8 +36,8 @@ TalDepthCode depthCode(int bits) {
 Image::Image(ImageKind kind, long width, long height, bool masked, int depth)
     : kind_(kind), width_(width), height_(height), masked_(masked), depth_(kind == ImageKind::grey16 ? depth
                                                                            : kind == ImageKind::range16 ? 16
-                                                                                                        : 8) {
-    image_ = newImage(kind);
+                                                                                                        : 8),
+      image_(newImage(kind)) {
     const long planes = kind == ImageKind::color ? 3 : masked ? 2 : 1;
     talxrend::allocate(image_.Get(), {width, height}, planes);
     if (kind == ImageKind::grey16) {

@@ -41,8 +41,8 @@ Scene::Scene(HWND window, const Options& options, Image image)
       engine_(createEngine(options.directDraw), window, layerCount,
               [this](long layer, const RECT& rect) { drawLayer(layer, rect); }) {
     setExtent();
-    engine_.call(engine_->put_VisiblePixelMaskEnable(VARIANT_TRUE), "VisiblePixelMaskEnable");
-    engine_.call(engine_->put_VisiblePixelMaskColor(options.maskColor), "VisiblePixelMaskColor");
+    engine_.check(engine_->put_VisiblePixelMaskEnable(VARIANT_TRUE), "VisiblePixelMaskEnable");
+    engine_.check(engine_->put_VisiblePixelMaskColor(options.maskColor), "VisiblePixelMaskColor");
     setMethod();
     setColorMap();
     updateAll();
@@ -162,7 +162,7 @@ void Scene::resize() {
 }
 
 void Scene::paletteChanged() {
-    engine_.call(engine_->PaletteChange(), "PaletteChange");
+    engine_.check(engine_->PaletteChange(), "PaletteChange");
     updateAll();
 }
 

@@ -27,7 +27,7 @@ public:
     (long first, long last, long left, long top, long right, long bottom) override {
         const ComPtr<EventSink> self(this); // the function may let go of the engine, and so of this
         failure.run([&] {
-            for (long layer = first; layer <= last; ++layer) {
+            for (long layer = first; layer <= last && isOpen; ++layer) {
                 draw(layer, {left, top, right, bottom});
             }
         });
@@ -36,6 +36,7 @@ public:
 
     const DrawLayer draw;
     Guard failure;
+    bool isOpen = true; // false: whom it draws for has gone
 };
 
 // An initialised engine. It stays where it is made, since functions that draw layers refer to it: one that
@@ -48,14 +49,17 @@ public:
     Engine(ComPtr<ITalRenderEngine2> object, HWND window, long layers, DrawLayer draw)
         : object_(std::move(object)), window_(window), sink_(new EventSink(std::move(draw))) {
         const SIZE size = clientSize();
-        call(object_->Initialize(reinterpret_cast<__int64>(window), std::max<LONG>(size.cx, 1),
-                                 std::max<LONG>(size.cy, 1)),
-             "cannot set up the render engine");
-        call(object_->put_Layers(layers), "Layers");
+        check(object_->Initialize(reinterpret_cast<__int64>(window), std::max<LONG>(size.cx, 1),
+                                  std::max<LONG>(size.cy, 1)),
+              "cannot set up the render engine");
+        check(object_->put_Layers(layers), "Layers");
         object_->QueryInterface(IID_PPV_ARGS(&targets_));
-        call(object_->AdviseRenderEvents(sink_.Get()), "AdviseRenderEvents");
+        check(object_->AdviseRenderEvents(sink_.Get()), "AdviseRenderEvents");
     }
-    ~Engine() { object_->UnAdvise(); } // the engine holds its sink without a reference
+    ~Engine() {
+        object_->UnAdvise(); // the engine holds its sink without a reference
+        sink_->isOpen = false;
+    }
     Engine(const Engine&) = delete;
     Engine& operator=(const Engine&) = delete;
 
@@ -67,24 +71,24 @@ public:
     [[nodiscard]] const ComPtr<EventSink>& sink() const { return sink_; }
 
     // Throws a Failure if a method called through -> has failed.
-    void call(HRESULT hr, std::string_view what) const { check(hr, object_, what); }
+    void check(HRESULT hr, std::string_view what) const { talxrend::check(hr, object_, what); }
 
     // The whole view.
     [[nodiscard]] RECT extent() const {
         RECT view{};
-        call(object_->GetExtent(&view.right, &view.bottom), "GetExtent");
+        check(object_->GetExtent(&view.right, &view.bottom), "GetExtent");
         return view;
     }
 
     // Gives the view the size of the window's client area. False if it has it already, or the window has no
     // client area (because it is minimised, for one); otherwise everything is to be drawn again.
-    bool resize() const {
+    [[nodiscard]] bool resize() const {
         const SIZE size = clientSize();
         const RECT view = extent();
         if (size.cx < 1 || size.cy < 1 || (size.cx == view.right && size.cy == view.bottom)) {
             return false;
         }
-        call(object_->SetExtent(size.cx, size.cy), "cannot resize the view");
+        check(object_->SetExtent(size.cx, size.cy), "cannot resize the view");
         return true;
     }
 
@@ -104,63 +108,63 @@ public:
         OffsetRect(&desktop, GetSystemMetrics(SM_XVIRTUALSCREEN) - origin.x,
                    GetSystemMetrics(SM_YVIRTUALSCREEN) - origin.y);
         if (IntersectRect(&part, &rect, &view) && (targets_ || IntersectRect(&part, &part, &desktop))) {
-            call(object_->RefreshScreen(origin.x, origin.y, part.left, part.top, part.right, part.bottom),
-                 "RefreshScreen");
+            check(object_->RefreshScreen(origin.x, origin.y, part.left, part.top, part.right, part.bottom),
+                  "RefreshScreen");
         }
     }
 
     // color: 0x00BBGGRR, or a system colour's index.
     void fill(long layer, const RECT& r, OLE_COLOR color) const {
-        call(object_->Fill(layer, r.left, r.top, r.right, r.bottom, color), "Fill");
+        check(object_->Fill(layer, r.left, r.top, r.right, r.bottom, color), "Fill");
     }
 
     // at: view position of the image's top left pixel. scale: view pixels for each image pixel.
     void drawImage(long layer, ITalImage* image, POINT at, double scale, const RECT& r) const {
-        call(object_->DrawImage(layer, image, at.x, at.y, scale, r.left, r.top, r.right, r.bottom, 0),
-             "DrawImage");
+        check(object_->DrawImage(layer, image, at.x, at.y, scale, r.left, r.top, r.right, r.bottom, 0),
+              "DrawImage");
     }
 
     // colors: 256 OLE colours; transparencies: 256 per cents. The position is cut toward zero.
     void drawIcon(long layer, ITalImage8Grey* icon, SafeArray& colors, SafeArray& transparencies, double x,
                   double y, double scale, const RECT& r) const {
-        call(object_->DrawIcon8(layer, icon, colors.address(), transparencies.address(), x, y, scale, r.left,
-                                r.top, r.right, r.bottom),
-             "DrawIcon8");
+        check(object_->DrawIcon8(layer, icon, colors.address(), transparencies.address(), x, y, scale, r.left,
+                                 r.top, r.right, r.bottom),
+              "DrawIcon8");
     }
 
     // Colours 0x00RRGGBB for image values from 0 on; values without one show the grey ramp. On 256-colour
     // screens the colours of the 8-bit map are looked up again, which is what PaletteChange does.
     void put8GreyMap(std::span<const std::uint32_t> colors) const {
-        call(object_->put_Image8GreyWholeColorMap(SafeArray(colors).address()), "Image8GreyWholeColorMap");
-        call(object_->PaletteChange(), "PaletteChange");
+        check(object_->put_Image8GreyWholeColorMap(SafeArray(colors).address()), "Image8GreyWholeColorMap");
+        check(object_->PaletteChange(), "PaletteChange");
     }
     void put16GreyMap(std::span<const std::uint32_t> colors) const {
-        call(object_->put_Image16GreyColorMap(SafeArray(colors).address()), "Image16GreyColorMap");
+        check(object_->put_Image16GreyColorMap(SafeArray(colors).address()), "Image16GreyColorMap");
     }
     void put16RangeMap(std::span<const std::uint32_t> colors) const {
-        call(object_->put_Image16RangeColorMap(SafeArray(colors).address()), "Image16RangeColorMap");
+        check(object_->put_Image16RangeColorMap(SafeArray(colors).address()), "Image16RangeColorMap");
     }
     // The owner's colours, 0xFFRRGGBB.
     [[nodiscard]] std::vector<std::uint32_t> get8GreyMap() const {
         SafeArray map;
-        call(object_->get_Image8GreyWholeColorMap(map.put()), "Image8GreyWholeColorMap");
+        check(object_->get_Image8GreyWholeColorMap(map.put()), "Image8GreyWholeColorMap");
         return map.colors();
     }
     [[nodiscard]] std::vector<std::uint32_t> get16GreyMap() const {
         SafeArray map;
-        call(object_->get_Image16GreyColorMap(map.put()), "Image16GreyColorMap");
+        check(object_->get_Image16GreyColorMap(map.put()), "Image16GreyColorMap");
         return map.colors();
     }
     [[nodiscard]] std::vector<std::uint32_t> get16RangeMap() const {
         SafeArray map;
-        call(object_->get_Image16RangeColorMap(map.put()), "Image16RangeColorMap");
+        check(object_->get_Image16RangeColorMap(map.put()), "Image16RangeColorMap");
         return map.colors();
     }
 
     void putScalingMethod(TalRenderEngineScalingMethodConstants method) const {
         ComPtr<ITalRenderEngineScalingParams> scaling;
-        call(object_.As(&scaling), "the engine has no scaling method");
-        call(scaling->put_ScalingMethod(method), "ScalingMethod");
+        check(object_.As(&scaling), "the engine has no scaling method");
+        check(scaling->put_ScalingMethod(method), "ScalingMethod");
     }
 
 private:
@@ -195,8 +199,6 @@ public:
     LayerUpdate(const LayerUpdate&) = delete;
     LayerUpdate& operator=(const LayerUpdate&) = delete;
 
-    [[nodiscard]] const ComPtr<EventSink>& sink() const { return sink_; }
-
     void end() {
         if (const auto engine = std::exchange(engine_, nullptr)) {
             report(engine, engine->EndLayerUpdate(layer_, rect_.left, rect_.top, rect_.right, rect_.bottom),
@@ -217,8 +219,11 @@ private:
 };
 
 inline void Engine::update(long layer, const RECT& rect) const {
+    const ComPtr<EventSink> sink = sink_;
     LayerUpdate update(*this, layer, rect);
-    update.sink()->draw(layer, rect);
+    if (sink->isOpen) {
+        sink->draw(layer, rect);
+    }
     update.end();
 }
 

@@ -96,11 +96,11 @@ inline std::vector<WICColor> paletteOf(HBITMAP bitmap) {
     const GdiOwner<HDC> dc(CreateCompatibleDC(nullptr));
     const Selected selected(dc.get(), bitmap);
     std::array<RGBQUAD, 256> colors{};
-    std::vector<WICColor> palette(GetDIBColorTable(dc.get(), 0, 256, colors.data()));
-    std::transform(colors.begin(), colors.begin() + palette.size(), palette.begin(),
-                   [](const RGBQUAD& color) {
-                       return 0xFF000000u | color.rgbRed << 16 | color.rgbGreen << 8 | color.rgbBlue;
-                   });
+    GetDIBColorTable(dc.get(), 0, 256, colors.data());
+    std::vector<WICColor> palette(colors.size());
+    std::transform(colors.begin(), colors.end(), palette.begin(), [](const RGBQUAD& color) {
+        return 0xFF000000u | color.rgbRed << 16 | color.rgbGreen << 8 | color.rgbBlue;
+    });
     return palette;
 }
 
@@ -108,7 +108,7 @@ inline std::vector<WICColor> paletteOf(HBITMAP bitmap) {
 // upper bits.
 inline Pixels pixelsOf(HBITMAP bitmap) {
     DIBSECTION dib{};
-    if (GetObjectW(bitmap, sizeof dib, &dib) != sizeof dib || !dib.dsBm.bmBits) {
+    if (GetObjectW(bitmap, sizeof dib, &dib) != sizeof dib || !dib.dsBm.bmBits || dib.dsBm.bmBitsPixel < 8) {
         throw Failure(E_INVALIDARG, "the bitmap has no pixels to save");
     }
     GdiFlush();
