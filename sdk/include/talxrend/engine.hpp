@@ -10,6 +10,7 @@
 #include <talxrend.h>
 
 #include <algorithm>
+#include <cmath>
 #include <functional>
 
 namespace talxrend {
@@ -179,6 +180,31 @@ private:
     ComPtr<EventSink> sink_;
     ComPtr<ITalRenderTargetAccess> targets_;
 };
+
+// The rectangle that an image drawn at a position and scale covers.
+[[nodiscard]] inline RECT coveredBy(SIZE image, POINT at, double scale) {
+    const auto scaled = [&](LONG size) {
+        return static_cast<LONG>(std::floor(size * scale + 0.5));
+    };
+    return {at.x, at.y, at.x + scaled(image.cx), at.y + scaled(image.cy)};
+}
+
+// What to update in place of a part of the view so that it shows exactly what the whole view would, where an
+// image drawn by method 1 (centre-aligned) covers a rectangle: that method counts from the left and top edges
+// of what it draws, and draws nothing of fewer than 3 columns or rows.
+[[nodiscard]] inline RECT alignedPart(const RECT& part, const RECT& covered, const RECT& view) {
+    RECT visible;
+    RECT touched;
+    if (!IntersectRect(&visible, &covered, &view) || !IntersectRect(&touched, &part, &visible)) {
+        return part;
+    }
+    const auto reaching = [](LONG right, LONG first, LONG last) {
+        return std::max<LONG>(right, std::min<LONG>(first + 3, last));
+    };
+    return {std::min<LONG>(part.left, visible.left), std::min<LONG>(part.top, visible.top),
+            reaching(part.right, visible.left, visible.right),
+            reaching(part.bottom, visible.top, visible.bottom)};
+}
 
 // An update of one layer as a scope: the engine asks for the layers below as it begins and for those above as
 // it ends. Both throw what the drawing of those layers has thrown. Without end() the destructor ends the
