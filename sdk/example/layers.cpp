@@ -55,9 +55,9 @@ private:
     // A value for each pixel.
     template <class Value>
     static std::vector<std::uint8_t> pixels(int width, int height, Value&& value) {
-        std::vector<std::uint8_t> values;
+        std::vector<std::uint8_t> values(width * height);
         for (int i = 0; i < width * height; ++i) {
-            values.push_back(static_cast<std::uint8_t>(value(i % width, i / width)));
+            values[i] = static_cast<std::uint8_t>(value(i % width, i / width));
         }
         return values;
     }
