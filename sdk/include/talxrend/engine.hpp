@@ -10,6 +10,7 @@
 #include <talxrend.h>
 
 #include <algorithm>
+#include <climits>
 #include <cmath>
 #include <functional>
 
@@ -183,10 +184,11 @@ private:
 
 // The rectangle that an image drawn at a position and scale covers.
 [[nodiscard]] inline RECT coveredBy(SIZE image, POINT at, double scale) {
-    const auto scaled = [&](LONG size) {
-        return static_cast<LONG>(std::floor(size * scale + 0.5));
+    const auto end = [&](LONG begin, LONG size) {
+        return static_cast<LONG>(
+            std::clamp<double>(begin + std::floor(size * scale + 0.5), LONG_MIN, LONG_MAX));
     };
-    return {at.x, at.y, at.x + scaled(image.cx), at.y + scaled(image.cy)};
+    return {at.x, at.y, end(at.x, image.cx), end(at.y, image.cy)};
 }
 
 // What to update in place of a part of the view so that it shows exactly what the whole view would, where an
