@@ -9,4 +9,5 @@ function(com_server_dll name)
   windows_resources(${name} ${name}.rc DEPENDS
     ${idl_dir}/${name}.tlb ${com}/class.rgs ${com}/message_ids.h ${CMAKE_CURRENT_SOURCE_DIR}/resource.h)
   target_link_libraries(${name} PRIVATE talx_com ${name}_idl)
+  separate_debug_symbols(${name})
 endfunction()
