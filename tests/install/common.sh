@@ -1,0 +1,25 @@
+# shellcheck shell=bash
+# What the tests of what is installed share; to be sourced by bash. Their first argument is the folder of a build.
+source "$(dirname "${BASH_SOURCE[0]}")/../../scripts/common.sh"
+
+build=$(realpath "$1")
+work=$build/install/$(basename "$0")
+rm -rf "$work"
+mkdir -p "$work"
+# Wine shall put no entries in the menus of the desktop.
+export WINEDLLOVERRIDES="$WINEDLLOVERRIDES;winemenubuilder.exe="
+
+# buildExample TOOLCHAIN SDK FOLDER: the example as a project of its own, with what was installed alone.
+buildExample() {
+    cp -r "$2/example" "$3-source"
+    { cmake -G Ninja -S "$3-source" -B "$3" -DCMAKE_TOOLCHAIN_FILE="$2/cmake/$1.cmake" -DCMAKE_PREFIX_PATH="$2" \
+        -DCMAKE_BUILD_TYPE=Release -DCMAKE_CXX_FLAGS="-Wall -Wextra -Werror" && cmake --build "$3"; } >"$3.log" 2>&1 ||
+        die "The example cannot be built: $(cat "$3.log")"
+}
+
+# showsImage PICTURE: a window alone has few colours.
+showsImage() {
+    local colors
+    colors=$(identify -format %k "$1")
+    [[ $colors -ge 100 ]] || die "$1 has $colors colours only"
+}
