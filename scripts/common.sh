@@ -1,5 +1,5 @@
 # shellcheck shell=bash
-# What ./check, ./demo and bench/run share; to be sourced by bash.
+# What the scripts share; to be sourced by bash.
 set -euo pipefail
 
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
@@ -15,6 +15,11 @@ say() {
 die() {
     printf '%s\n' "$*" >&2
     exit 1
+}
+
+# The product's version, which stands in CMakeLists.txt.
+projectVersion() {
+    sed -n 's/^project(.* VERSION \([0-9.]*\) .*/\1/p' CMakeLists.txt
 }
 
 # installPackages [FILE...] installs the packages of scripts/packages, or of the files, that are missing, or says which
