@@ -17,6 +17,12 @@ buildExample() {
         die "The example cannot be built: $(cat "$3.log")"
 }
 
+# buildClasses SDK PROGRAM: classes.c, with the ids of the SDK.
+buildClasses() {
+    x86_64-w64-mingw32-gcc-posix -Wall -Wextra -Werror -I "$1/include" -o "$2" tests/install/classes.c \
+        "$1/lib/libtalxrend_ids.a" -lole32 -loleaut32 -luuid
+}
+
 # showsImage PICTURE: a window alone has few colours.
 showsImage() {
     local colors
