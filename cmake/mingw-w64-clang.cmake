@@ -1,5 +1,6 @@
 # Cross build for 64-bit Windows by clang, as a second opinion on the sources: MinGW's headers and libraries, clang as
-# the compiler and GCC's driver as the linker.
+# the compiler and GCC's driver as the linker. With C++20 and no optimisation at all the linker finds functions of GCC's
+# library twice.
 include(${CMAKE_CURRENT_LIST_DIR}/mingw-w64.cmake)
 set(TALX_MINGW_GXX ${CMAKE_CXX_COMPILER})
 set(CMAKE_CXX_COMPILER clang++-14)

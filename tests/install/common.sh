@@ -13,7 +13,7 @@ export WINEDLLOVERRIDES="$WINEDLLOVERRIDES;winemenubuilder.exe="
 buildExample() {
     cp -r "$2/example" "$3-source"
     { cmake -G Ninja -S "$3-source" -B "$3" -DCMAKE_TOOLCHAIN_FILE="$2/cmake/$1.cmake" -DCMAKE_PREFIX_PATH="$2" \
-        -DCMAKE_CXX_FLAGS="-Wall -Wextra -Werror" && cmake --build "$3" --target "${4:-all}"; } >"$3.log" 2>&1 ||
+        -DCMAKE_CXX_FLAGS="-O1 -Wall -Wextra -Werror" && cmake --build "$3" --target "${4:-all}"; } >"$3.log" 2>&1 ||
         die "The example cannot be built: $(cat "$3.log")"
 }
 
