@@ -150,12 +150,12 @@ void IconBlenderD3d::useDevice(const BlendTarget& target, const GUID& deviceClas
     viewport_ = viewport;
 }
 
-// Nothing keeps the buffer as it was before: to copy it for each icon costs several times the icon. So it
-// counts what Direct3D promises. A DrawPrimitive that fails has drawn nothing. The drawing is in the surface
-// when EndScene has succeeded, and only then: a scene whose end fails counts as not drawn, and its device,
-// which may still have the scene open, goes at once. Should a driver have painted in spite of that, the
-// blended pixels of this one icon are blended twice (opaque and invisible ones are right all the same), but
-// never those of another: no device is made again for this buffer.
+// Nothing keeps the buffer as it was before: copying it costs more than the icon. What counts is what
+// Direct3D promises. A DrawPrimitive that fails has drawn nothing. The drawing is in the surface when
+// EndScene has succeeded, and only then: a scene whose end fails counts as not drawn, and its device, which
+// may still have the scene open, goes at once. Should a driver have painted in spite of that, the blended
+// pixels of this one icon are blended twice (opaque and invisible ones are right all the same), but of no
+// other one: no device is made again for this buffer.
 void IconBlenderD3d::draw(const Rect& rect, std::int32_t textureSide) {
     const float u = static_cast<float>(rect.width()) / static_cast<float>(textureSide);
     const float v = static_cast<float>(rect.height()) / static_cast<float>(textureSide);

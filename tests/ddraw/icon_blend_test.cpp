@@ -18,20 +18,16 @@ struct BlendingView : DdrawView {
             return buffer().memory;
         };
         const auto seen = drawOnce();
-        calls = display->takeCalls();
-        inSoftware = std::ranges::count(calls, "buffer.Unlock") > 0;
-        const Calls refused = std::exchange(display->refuse, {"device.BeginScene"});
+        const Calls calls = display->calls, refused = std::exchange(display->refuse, {"device.BeginScene"});
         const auto expected = drawOnce();
-        EXPECT_TRUE(display->called("buffer.Lock"));
+        EXPECT_TRUE(inSoftware());
+        display->calls = calls;
         display->refuse = refused;
         for (std::size_t i = 0; i < expected.size(); ++i) {
-            ASSERT_NEAR(expected[i], seen[i], inSoftware ? 0 : 2) << i;
+            ASSERT_NEAR(expected[i], seen[i], inSoftware() ? 0 : 2) << i;
         }
     }
-    [[nodiscard]] bool called(const std::string& call) const { return std::ranges::count(calls, call) > 0; }
-
-    Calls calls; // of the last draw
-    bool inSoftware = false;
+    [[nodiscard]] bool inSoftware() const { return display->called("buffer.Lock"); }
 };
 
 // Every step may be refused: the software blend draws it whole, or Direct3D has another way. A device that
@@ -40,24 +36,24 @@ TEST(DdrawIconBlend, FailureAtAnyStepLeavesItToTheSoftwareBlend) {
     TestIcon icon;
     BlendingView clean;
     clean.draw(icon, 2.9, 3.1);
-    EXPECT_TRUE(clean.called("device.DrawPrimitive 5 3 4 5"));
+    EXPECT_TRUE(clean.display->called("device.DrawPrimitive 5 3 4 5"));
     int fallbacks = 0;
-    for (const std::string& step : Calls(clean.calls)) {
+    for (const std::string& step : Calls(clean.display->calls)) {
         SCOPED_TRACE(step);
         BlendingView view;
         view.display->refuse = {step};
         for (const bool again : {false, true}) {
             view.draw(icon, 2.9, 3.1);
-            fallbacks += view.inSoftware;
+            fallbacks += view.inSoftware();
             const bool givenUp = step.starts_with("direct3d.") || step == "device.EndScene";
-            EXPECT_FALSE(again && givenUp && view.called(step)) << "asked again";
-            EXPECT_TRUE(again || step != "device.EndScene" || view.called("~device"));
+            EXPECT_FALSE(again && givenUp && view.display->called(step)) << "asked again";
+            EXPECT_TRUE(again || step != "device.EndScene" || view.display->called("~device"));
         }
         view.display->refuse.clear();
         view.engine->SetExtent(1, 1);
         view.engine->SetExtent(DdrawView::width, DdrawView::height);
         view.draw(icon, 2.9, 3.1);
-        EXPECT_FALSE(view.inSoftware);
+        EXPECT_FALSE(view.inSoftware());
     }
     EXPECT_GT(fallbacks, 50);
 }
@@ -66,18 +62,20 @@ TEST(DdrawIconBlend, DevicesInTurn) {
     BlendingView view;
     TestIcon icon(5), huge(80);
     view.draw(icon, 35, -2.5);
-    EXPECT_TRUE(view.called("directdraw.CreateSurface texture (0,0,32,32) caps 5000")) << "video memory";
+    EXPECT_TRUE(view.display->called("directdraw.CreateSurface texture (0,0,32,32) caps 5000"))
+        << "video memory";
     EXPECT_EQ(S_OK, view.engine->SetExtent(100, 30));
     EXPECT_TRUE(view.display->called("~texture") && view.display->called("~device"));
     view.display->refuse = {"direct3d.CreateDevice 8"};
     view.draw(icon, 0, 0);
     EXPECT_EQ((Calls{"direct3d.CreateDevice 84e63de0 buffer", "direct3d.CreateDevice 881949a1 buffer",
                      "direct3d.CreateDevice a4665c60 buffer"}),
-              Calls(view.calls.begin() + 1, view.calls.begin() + 4));
-    EXPECT_TRUE(view.called("directdraw.CreateSurface texture (0,0,32,32) caps 1800")) << "system memory";
-    EXPECT_FALSE(view.inSoftware);
+              Calls(view.display->calls.begin() + 1, view.display->calls.begin() + 4));
+    EXPECT_TRUE(view.display->called("directdraw.CreateSurface texture (0,0,32,32) caps 1800"))
+        << "system memory";
+    EXPECT_FALSE(view.inSoftware());
     view.draw(huge, 1, -3); // larger than the device's textures
-    EXPECT_TRUE(view.inSoftware);
+    EXPECT_TRUE(view.inSoftware());
 }
 
 // Only an icon that looks otherwise, or a texture that is lost, is written to a texture.
@@ -87,8 +85,8 @@ TEST(DdrawIconBlend, TexturesAreFilledOnlyWhenTheyHaveTo) {
     TestIcon icon, other(5), large(36);
     const auto expectFilled = [&](bool filled, TestIcon& drawn, double y) {
         view.draw(drawn, 3, y);
-        EXPECT_EQ(filled, view.called("texture.Unlock"));
-        EXPECT_FALSE(view.inSoftware);
+        EXPECT_EQ(filled, view.display->called("texture.Unlock"));
+        EXPECT_FALSE(view.inSoftware());
     };
     for (BYTE* const changed :
          {icon.pixels.data(), icon.pixels.data() + 399, static_cast<BYTE*>(icon.colors.array->pvData) + 20,
@@ -106,7 +104,7 @@ TEST(DdrawIconBlend, TexturesAreFilledOnlyWhenTheyHaveTo) {
     std::ranges::for_each(textures, [](FakeObject* texture) { texture->lost = true; });
     expectFilled(true, other, 1);
     expectFilled(true, large, 1);
-    EXPECT_TRUE(view.called("directdraw.CreateSurface texture (0,0,64,64) caps 5000"));
+    EXPECT_TRUE(view.display->called("directdraw.CreateSurface texture (0,0,64,64) caps 5000"));
     expectFilled(false, large, 1);
     view.display->refuse = {"texture.Lock"};
     ++other.pixels[0];
