@@ -134,8 +134,11 @@ TEST(SdkLibrary, ServesClassesOfDllsThatNobodyRegistered) {
         EXPECT_EQ(library.classObject(__uuidof(TalImage8Grey)).Get(), found.Get());
     }
     EXPECT_EQ(nullptr, GetModuleHandleW(path.c_str()));
-    const auto left = Library(path).create<ITalImage>(__uuidof(TalImage8Grey));
-    EXPECT_NE(nullptr, GetModuleHandleW(path.c_str())) << "unloaded while in use";
+    auto left = Library(path).create<ITalImage>(__uuidof(TalImage8Grey));
+    const HMODULE module = GetModuleHandleW(path.c_str());
+    EXPECT_TRUE(module) << "unloaded while in use";
+    left = nullptr;
+    FreeLibrary(module);
 }
 
 } // namespace
