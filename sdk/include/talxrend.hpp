@@ -7,9 +7,9 @@
 // All objects belong to the thread that made them, with the exceptions that are named.
 #pragma once
 
-#include "talxrend/com.hpp"     // the apartment, creating objects, DLLs beside the program
-#include "talxrend/engine.hpp"  // an engine with its window and layers; updates and draw contexts as scopes
-#include "talxrend/failure.hpp" // HRESULTs as exceptions; keeping exceptions out of the system's code
-#include "talxrend/image.hpp"   // images with memory of their own, or around the owner's
-#include "talxrend/safe_array.hpp" // colour maps from and to spans
-#include "talxrend/target.hpp"     // render targets, and pictures into files
+#include "talxrend/com.h"        // the apartment, creating objects, DLLs beside the program
+#include "talxrend/engine.h"     // an engine with its window and layers; updates and draw contexts as scopes
+#include "talxrend/failure.h"    // HRESULTs as exceptions; keeping exceptions out of the system's code
+#include "talxrend/image.h"      // images with memory of their own, or around the owner's
+#include "talxrend/safe_array.h" // colour maps from and to spans
+#include "talxrend/target.h"     // render targets, and pictures into files

@@ -1,7 +1,7 @@
 // The apartment, and objects of COM classes: registered, or in a DLL beside the program.
 #pragma once
 
-#include "talxrend/failure.hpp"
+#include "talxrend/failure.h"
 
 #include <objbase.h>
 

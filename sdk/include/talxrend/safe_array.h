@@ -1,7 +1,7 @@
 // Colour maps as the engines take and give them.
 #pragma once
 
-#include "talxrend/failure.hpp"
+#include "talxrend/failure.h"
 
 #include <cstdint>
 #include <cstring>

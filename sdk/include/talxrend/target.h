@@ -1,7 +1,7 @@
 // Render targets, and pictures of a view into files.
 #pragma once
 
-#include "talxrend/engine.hpp"
+#include "talxrend/engine.h"
 
 #include <olectl.h>
 #include <wincodec.h>

@@ -4,8 +4,8 @@
 // bottom lie outside. Whatever fails throws a Failure with the engine's own description.
 #pragma once
 
-#include "talxrend/com.hpp"
-#include "talxrend/safe_array.hpp"
+#include "talxrend/com.h"
+#include "talxrend/safe_array.h"
 
 #include <talxrend.h>
 

@@ -4,7 +4,7 @@
 // that of rows stored bottom-up, with the address of pixel (0, 0) still that of the top left one.
 #pragma once
 
-#include "talxrend/com.hpp"
+#include "talxrend/com.h"
 
 #include <talxstd.h>
 
