@@ -70,6 +70,8 @@ TEST(DdrawDrawing, CallsThatReachTheSurfaces) {
     EXPECT_EQ(S_OK, icon.draw(engine));
     view.display->context = 0;
     expectDirectDrawError(E_FAIL, L"Surface GetDC failed.", engine->GetDrawContext(0, &dc));
+    view.display->lie = {0, 0, 79}; // rows that lie over each other
+    expectDirectDrawError(E_FAIL, L"DrawIcon8", icon.draw(engine));
     const Calls expected{
         "buffer.Blt (0,20,8,30) none all 1000400 f821",
         "primary.Blt (2147483612,-2147483648,2147483647,-2147483638) buffer (5,0,40,10) 1000000 0",
@@ -78,7 +80,9 @@ TEST(DdrawDrawing, CallsThatReachTheSurfaces) {
         "buffer.Lock all (0,0,0,0) caps 0 1",
         "buffer.Unlock",
         "buffer.GetDC",
-        "buffer.ReleaseDC 0"};
+        "buffer.ReleaseDC 0",
+        "buffer.Lock all (0,0,0,0) caps 0 1",
+        "buffer.Unlock"};
     EXPECT_EQ(expected, view.display->calls);
 }
 

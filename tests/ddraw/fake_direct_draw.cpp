@@ -196,7 +196,8 @@ const auto surfaceMethods = [](auto& t) {
 
 const auto deviceMethods = [](auto& t) {
     t.GetCaps = [](IDirect3DDevice2* self, D3DDEVICEDESC* hardware, D3DDEVICEDESC* software) {
-        hardware->dwMaxTextureWidth = hardware->dwMaxTextureHeight = 64;
+        hardware->dwMaxTextureWidth = 64;
+        hardware->dwMaxTextureHeight = software->dwMaxTextureWidth = 256;
         return record(self, "GetCaps", hardware, software);
     };
     t.AddViewport = recorded<"AddViewport">;

@@ -35,6 +35,7 @@ TEST(DdrawSetup, InitializeGoesStepByStep) {
     EXPECT_EQ(0, std::memcmp(&view.screen.palette, &view.display->palette, sizeof view.display->palette));
 
     DdrawView other(8, {});
+    EXPECT_EQ(Calls{steps[0]}, other.display->calls) << "at once";
     other.display->bornLost = true;
     EXPECT_EQ(S_OK, other.initialize());
     EXPECT_EQ(S_OK, other.engine->Initialize(0, 7, 7)) << "once is enough";

@@ -36,7 +36,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         Placement placement(4000, 3000, options.scale, options.at);
         placement.resize(options.width, options.height);
         for (const Point p : options.markers) {
+            const Point under = placement.toImage(p);
             placement.zoomAbout(p, 2);
+            const double moved = (placement.toImage(p).x - under.x) * placement.scale(); // in the view
+            require(std::abs(moved) < 2 || std::abs(p.x) > 1e6 || std::abs(placement.left()) > 1e6);
             placement.move(p);
             require(placement.scale() > 0 && placement.scale() <= 1000);
             require(std::abs(placement.left()) <= 1e9 && std::abs(placement.top()) <= 1e9);

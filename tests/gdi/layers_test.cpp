@@ -41,7 +41,8 @@ TEST(GdiLayers, AskTheOwnerForTheLayersBelowAndAbove) {
         EXPECT_EQ(S_OK, engine->EndLayerUpdate(layer, r[0], r[1], r[2], r[3]));
         EXPECT_EQ(end, std::exchange(sink.events, {}));
     }
-    EXPECT_EQ(0u, replaced.events.size());
+    EXPECT_EQ(S_OK, engine->UnAdvise() | engine->BeginLayerUpdate(1, 0, 0, 9, 9));
+    EXPECT_EQ(0u, replaced.events.size() + sink.events.size());
 }
 
 TEST(GdiLayers, HaveOneContextWithoutAClippingRegion) {

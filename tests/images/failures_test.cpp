@@ -86,6 +86,7 @@ TEST_P(ImageFailures, NothingToDrawIsNoFailure) {
     }
     expectBare(S_OK, engine->DrawImage(0, image.image(), 0, 0, 1, width, 0, most, most, 0));
     expectBare(S_OK, engine->DrawImage(0, image.image(), -20, 0, 1, least, least, most, most, 0));
+    expectBare(S_OK, engine->DrawIcon8(0, image.icon(), nullptr, nullptr, 0, 0, 1, 9, 9, 9, 9));
     EXPECT_EQ(0, image.accesses);
     EXPECT_TRUE(twin.holds());
 }

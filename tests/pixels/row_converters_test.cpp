@@ -32,6 +32,8 @@ void convertInto(PixelFormat format, Extent extent, Random& random) {
         std::memcpy(table.at(v, 0), kind == 1 ? table.at(v / run * run, 0) : static_cast<const void*>(&ramp),
                     sizeof(Entry));
     }
+    const int other = random.oneOf({maxValue, random.between(0, maxValue)}); // which may break the ramp
+    random.oneIn(3) ? random.fill(table.at(other, 0), sizeof(Entry)) : void();
     const auto packed = [&](int x, int y) {
         const model::Color color{*red.at(x, y), *green.at(x, y), *blue.at(x, y)};
         return sizeof(Entry) > 1 ? model::pack(static_cast<int>(format), color) : buffer.value(x, y);
@@ -90,7 +92,8 @@ void blendInto(int format, Extent extent, Random& random) {
 void checkRows(Random& random) {
     const int number = random.oneOf({0, 8, 15, 16, 24, 32});
     const PixelFormat format{number};
-    const Extent extent{random.between(-1, 200), random.between(-1, random.oneIn(5) ? 60 : 4)};
+    const Extent usual{random.between(-1, 200), random.between(-1, random.oneIn(5) ? 60 : 4)};
+    const Extent extent = random.oneIn(99) ? Extent{8210, 1} : usual;
     limitInstructionSet(randomInstructionSet(random));
     SCOPED_TRACE(testing::Message() << "format " << number << ", width " << extent.width);
     blendInto(number, extent, random);

@@ -153,13 +153,16 @@ TEST(ServerRegistration, IsForOneUserWhenTheRuntimeSaysSo) {
          {std::tuple(false, true, 0, L"m"), {true, true, 3, L"u"}, {true, false, 3, L"m"}}) {
         EXPECT_EQ(S_OK, callServer(true));
         runtimeSaysUser = says;
-        const ImportHook<HOOK(GetModuleHandleW)> runtime(engineModule(), [](auto) { return imageModule(); });
+        // Of the runtimes only the last one has anything to say.
+        const ImportHook<HOOK(GetModuleHandleW)> runtime(engineModule(), [](LPCWSTR name) {
+            return *name == L'a' && name != std::wstring(L"atl.dll") ? engineModule() : imageModule();
+        });
         const std::map<std::string, void*> functions{
             {"AtlGetPerUserRegistration", reinterpret_cast<void*>(askRuntime)},
             {"RegisterTypeLibForUser", forUser ? reinterpret_cast<void*>(add<L'u'>) : nullptr},
             {"UnRegisterTypeLibForUser", forUser ? reinterpret_cast<void*>(remove<L'u'>) : nullptr}};
-        const ImportHook<HOOK(GetProcAddress)> look(engineModule(), [&](HMODULE, const char* name) {
-            return reinterpret_cast<FARPROC>(functions.at(name));
+        const ImportHook<HOOK(GetProcAddress)> look(engineModule(), [&](HMODULE module, const char* name) {
+            return module == engineModule() ? nullptr : reinterpret_cast<FARPROC>(functions.at(name));
         });
         const ImportHook<HOOK(RegisterTypeLib)> addForMachine(engineModule(), add<L'm'>);
         const ImportHook<HOOK(UnRegisterTypeLib)> removeForMachine(engineModule(), remove<L'm'>);
@@ -172,6 +175,10 @@ TEST(ServerRegistration, IsForOneUserWhenTheRuntimeSaysSo) {
         EXPECT_EQ(whose + (L"+" + pathOf(engineModule())) + L"\\1" + whose + L"-", notes);
     }
     EXPECT_EQ(S_OK, callServer(true));
+    int asked = 0;
+    const ImportHook<HOOK(CoCreateInstance)> make(engineModule(), [&](auto...) { return ++asked, E_FAIL; });
+    EXPECT_EQ(E_FAIL, callServer(true));
+    EXPECT_EQ(1, asked) << "it goes on after a failure";
 }
 
 } // namespace
