@@ -9,12 +9,11 @@ mkdir -p "$work"
 # Wine shall put no entries in the menus of the desktop.
 export WINEDLLOVERRIDES="$WINEDLLOVERRIDES;winemenubuilder.exe="
 
-# buildExample TOOLCHAIN SDK FOLDER [TARGET]: the example as a project of its own, with what was installed alone.
-buildExample() {
-    cp -r "$2/example" "$3-source"
-    { cmake -G Ninja -S "$3-source" -B "$3" -DCMAKE_TOOLCHAIN_FILE="$2/cmake/$1.cmake" -DCMAKE_PREFIX_PATH="$2" \
-        -DCMAKE_CXX_FLAGS="-O1 -Wall -Wextra -Werror" && cmake --build "$3" --target "${4:-all}"; } >"$3.log" 2>&1 ||
-        die "The example cannot be built: $(cat "$3.log")"
+# buildProject TOOLCHAIN SDK FOLDER [TARGET]: builds a project in FOLDER-build with what was installed alone.
+buildProject() {
+    { cmake -G Ninja -S "$3" -B "$3-build" -DCMAKE_TOOLCHAIN_FILE="$2/cmake/$1.cmake" -DCMAKE_PREFIX_PATH="$2" \
+        -DCMAKE_CXX_FLAGS="-O1 -Wall -Wextra -Werror" && cmake --build "$3-build" --target "${4:-all}"; } \
+        >"$3.log" 2>&1 || die "$3 cannot be built: $(cat "$3.log")"
 }
 
 # buildClasses SDK PROGRAM: classes.c, with the ids of the SDK.
