@@ -64,6 +64,7 @@ STDMETHODIMP CTalRenderEngine::Initialize(__int64 Hwnd, long Width, long Height)
         if (state_.initialized) {
             return;
         }
+        const InitializeScope running(initializing_); // DirectDraw sends the owner messages
         const auto window = toHandle<HWND>(Hwnd);
         check(directDraw_ ? S_OK : library_.create(directDraw_), IDS_NO_DIRECTDRAW);
         askForDirect3D();

@@ -37,6 +37,10 @@ TEST(DdrawSetup, InitializeGoesStepByStep) {
     DdrawView other(8, {});
     EXPECT_EQ(Calls{steps[0]}, other.display->calls) << "at once";
     other.display->bornLost = true;
+    other.display->fails = [&](const std::string& call) {
+        EXPECT_TRUE(!call.starts_with("directdraw.Set") || other.initialize() == E_UNEXPECTED);
+        return false;
+    };
     EXPECT_EQ(S_OK, other.initialize());
     EXPECT_EQ(S_OK, other.engine->Initialize(0, 7, 7)) << "once is enough";
     EXPECT_EQ(steps, other.display->calls);
