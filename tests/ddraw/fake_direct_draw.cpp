@@ -204,9 +204,10 @@ const auto deviceMethods = [](auto& t) {
     t.SetCurrentViewport = recorded<"SetCurrentViewport">;
     t.BeginScene = recorded<"BeginScene">;
     t.SetRenderState = [](IDirect3DDevice2* self, D3DRENDERSTATETYPE type, DWORD value) {
+        const HRESULT hr = record(self, "SetRenderState", type, value);
         DWORD& texture = of(self).display.texture;
-        texture = type == D3DRENDERSTATE_TEXTUREHANDLE ? value : texture;
-        return record(self, "SetRenderState", type, value);
+        texture = SUCCEEDED(hr) && type == D3DRENDERSTATE_TEXTUREHANDLE ? value : texture;
+        return hr;
     };
     t.DrawPrimitive = [](IDirect3DDevice2* self, D3DPRIMITIVETYPE type, D3DVERTEXTYPE vertexType,
                          void* vertices, DWORD count, DWORD flags) {
@@ -222,6 +223,7 @@ const auto deviceMethods = [](auto& t) {
         FakeDisplay& display = of(self).display;
         FakeObject& buffer = *display.surfaces.at("buffer");
         const RECT r = std::exchange(display.scene, {});
+        EXPECT_TRUE(display.texture || IsRectEmpty(&r)) << "drawn without a texture";
         paint(buffer, FAILED(hr) ? RECT{} : r, [&, mixed = std::uint32_t{}](int x, int y) mutable {
             const BYTE* const texel = display.textures.at(display.texture - 1)->at(x - r.left, y - r.top);
             for (int i = 0; i < 3; ++i) {
