@@ -25,7 +25,7 @@ TEST(GdiLayers, AskTheOwnerForTheLayersBelowAndAbove) {
         {most, most - 1, {0, 0, 9, 9}, {{0, most - 2, 0, 0, 9, 9}}, {}},
     };
     EventSink sink, replaced;
-    const GdiView view;
+    GdiView view;
     const auto& engine = view.engine;
     EXPECT_EQ(S_OK, view.initialize() | engine->AdviseRenderEvents(&replaced));
     EXPECT_EQ(S_OK, engine->AdviseRenderEvents(&sink));
@@ -43,6 +43,13 @@ TEST(GdiLayers, AskTheOwnerForTheLayersBelowAndAbove) {
     }
     EXPECT_EQ(S_OK, engine->UnAdvise() | engine->BeginLayerUpdate(1, 0, 0, 9, 9));
     EXPECT_EQ(0u, replaced.events.size() + sink.events.size());
+    sink.answer = [&](const LayerEvent&) {
+        view.engine.Reset();
+        EXPECT_EQ(S_FALSE, exported<HRESULT WINAPI()>(engineModule(), "DllCanUnloadNow")())
+            << "in its method";
+    };
+    EXPECT_EQ(S_OK, engine->AdviseRenderEvents(&sink) | engine->BeginLayerUpdate(1, 0, 0, 9, 9));
+    EXPECT_FALSE(engine);
 }
 
 TEST(GdiLayers, HaveOneContextWithoutAClippingRegion) {

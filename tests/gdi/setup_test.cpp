@@ -87,6 +87,7 @@ TEST_P(GdiSetup, RefusesABitmapThatIsTooSmall) {
 // What a palettised view asks of GDI; under Wine much of it makes no difference.
 TEST(GdiPalette, IsKeptUpToDateAndLetGo) {
     std::vector<std::string> calls;
+    bool readable = true;
     {
         GdiView view(8);
         std::vector<Import> entries = imports(engineModule());
@@ -102,26 +103,30 @@ TEST(GdiPalette, IsKeptUpToDateAndLetGo) {
                 calls.push_back(select ? call.function + names[call.arguments[1]] : call.function);
                 EXPECT_TRUE(call.function != "CreatePalette" ||
                             *static_cast<const WORD*>(call.arguments[0]) == 0x300);
-                return std::nullopt;
+                const bool read = call.function == "GetSystemPaletteEntries";
+                return read && !readable ? std::optional<std::uintptr_t>(0) : std::nullopt;
             },
             [&](const ImportedCall& call, std::uintptr_t result) {
                 names.emplace(call.function == "CreatePalette" ? reinterpret_cast<void*>(result) : nullptr,
                               " own");
             });
         EXPECT_EQ(S_OK, view.initialize());
+        readable = false;
+        EXPECT_EQ(S_OK, view.engine->PaletteChange());
+        readable = true;
         EXPECT_EQ(S_OK, view.engine->PaletteChange());
         EXPECT_EQ(S_OK, view.engine->RefreshScreen(0, 0, 0, 0, 9, 9));
         view.engine.Reset();
     }
     std::erase(calls, "GetNearestPaletteIndex");
-    EXPECT_EQ(
-        (std::vector<std::string>{"GetSystemPaletteEntries", "CreatePalette", "SelectPalette own",
-                                  "RealizePalette", "GetPaletteEntries", // Initialize
-                                  "GetSystemPaletteEntries", "SetPaletteEntries", "GetPaletteEntries",
-                                  "SetDIBColorTable", "UnrealizeObject", "RealizePalette",
-                                  "SelectPalette own", "RealizePalette", "SelectPalette default", // refresh
-                                  "SelectPalette default"}),
-        calls);
+    EXPECT_EQ((std::vector<std::string>{"GetSystemPaletteEntries", "CreatePalette", "SelectPalette own",
+                                        "RealizePalette", "GetPaletteEntries", // Initialize
+                                        "GetSystemPaletteEntries", "GetSystemPaletteEntries",
+                                        "SetPaletteEntries", "GetPaletteEntries", "SetDIBColorTable",
+                                        "UnrealizeObject", "RealizePalette", "SelectPalette own",
+                                        "RealizePalette", "SelectPalette default", // refresh
+                                        "SelectPalette default"}),
+              calls);
 }
 
 } // namespace

@@ -139,6 +139,22 @@ TEST_P(ImageFailures, DrawingOutlivesTheBufferThatItBeganWith) {
     }
 }
 
+// An image may draw another one while it is drawn, and come out smaller than it has said.
+TEST_P(ImageFailures, DrawingOutlivesWhatTheImageDoes) {
+    const ImageStore others;
+    TwinImage outer(random, store, Kind::grey8, 20, 20), inner(random, others, Kind::grey8, 20, 20);
+    TestImage& image = *outer.image;
+    const auto drawn = [&](ImageStep step, double scale, const std::function<void()>& does) {
+        image.fault = {step, S_OK, 0, false, does};
+        EXPECT_EQ(S_OK, draw(image.image(), scale));
+        return values();
+    };
+    const auto nested = drawn(ImageStep::unlock, 1.5, [&] { draw(inner.image->image(), 1.5); });
+    EXPECT_TRUE(nested == drawn(ImageStep::never, 1.5, {}));
+    const auto smaller = drawn(ImageStep::access, 1, [&] { image.width = 7; });
+    EXPECT_TRUE(std::equal(smaller.begin() + 7, smaller.begin() + width, nested.begin() + 7));
+}
+
 // What becomes of an array as a colour map, as the colours of an icon and as its transparencies.
 TEST_P(ImageFailures, ArraysOfEveryShape) {
     enum Special { usual, locked, withoutMemory, null };

@@ -137,7 +137,13 @@ TEST(ImageServer, KeepsWrappedMemoryForAsLongAsItIsNeeded) {
     EXPECT_EQ(S_OK, image.as<ITalImage16Range>()->CreatePelAccesses(&values, &mask));
     EXPECT_EQ(nullptr, mask.Get());
     EXPECT_EQ(S_OK, image.wrap(1, 9, 9, own[1], 10, &other));
-    EXPECT_EQ(S_OK, image.as<ITalImage16Range>()->CreatePelAccesses(&values, &mask));
+    {
+        int locks = 0;
+        const ImportHook<HOOK(AcquireSRWLockExclusive)> enter(
+            imageModule(), [&](SRWLOCK* lock) { ++locks, enter.original(lock); });
+        EXPECT_EQ(S_OK, image.as<ITalImage16Range>()->CreatePelAccesses(&values, &mask));
+        EXPECT_EQ(1, locks) << "both of one moment";
+    }
     EXPECT_TRUE(target(values) == Target(own[0] + 161, -20) && target(mask) == Target(own[1], 10));
     EXPECT_EQ(std::pair(9L, 9L), image.size());
     mask.Reset();
@@ -153,6 +159,8 @@ TEST(ImageServer, GivesAccessToAnyPart) {
     const TestedImage grey(__uuidof(TalImage16Grey));
     EXPECT_EQ(S_OK, grey.wrap(0, 2, 3, own + 60, -20));
     const auto source = grey.as<ITalPelAccessSource16>();
+    long depth = -1;
+    EXPECT_TRUE(grey.as<ITalImage16Grey>()->get_DepthCode(&depth) == S_OK && depth == talDepth16);
     Access part;
     for (int i = 0; i < 7 * 7 * 7 * 7; ++i) { // all parts, and what is none, around two columns of three rows
         const long v[] = {-1, 0, 1, 2, 3, 4, LONG_MAX};
@@ -176,6 +184,10 @@ TEST(ImageServer, LetsOneThreadAtATimeReachTheMemory) {
                 std::thread([&] { image.wrap(0, 5, 2, own[0], 8, &keep); }).join();
             }
             enter.original(lock);
+        });
+        const ImportHook<HOOK(ReleaseSRWLockExclusive)> leave(imageModule(), [&](SRWLOCK* lock) {
+            EXPECT_LT(0, keep.references) << "let go of before the lock";
+            leave.original(lock);
         });
         if (method < 2) {
             EXPECT_EQ(S_OK, method ? image.memory->Allocate(9, 9, 1) : image.wrap(0, 3, 2, own[1], 8));

@@ -166,6 +166,9 @@ TEST(ServerRegistration, IsForOneUserWhenTheRuntimeSaysSo) {
         });
         const ImportHook<HOOK(RegisterTypeLib)> addForMachine(engineModule(), add<L'm'>);
         const ImportHook<HOOK(UnRegisterTypeLib)> removeForMachine(engineModule(), remove<L'm'>);
+        const ImportHook<HOOK(GetModuleFileNameW)> file(engineModule(), [&](auto m, auto path, DWORD size) {
+            return size < 999 ? size : file.original(m, path, size); // as if it were so long
+        });
         notes.clear();
         EXPECT_EQ(noted, callServer(true));
         EXPECT_EQ(userParts, partsIn(HKEY_CURRENT_USER));
