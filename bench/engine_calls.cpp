@@ -35,7 +35,6 @@ double median(std::vector<double> values) {
     return values[values.size() / 2];
 }
 
-// A line of the table: the unit's microseconds and, for each piece of work, the median of its ratios to the
 } // namespace
 
 void check(HRESULT hr, const char* what) {

@@ -116,6 +116,7 @@ void IconBlenderD3d::createDevice(const BlendTarget& target) {
     };
     auto description = sizedStructure<DDSURFACEDESC>();
     check(target.surface->GetSurfaceDesc(&description));
+    require(bytesPerPixel(description) == 4, E_FAIL); // the screen may have another format meanwhile
     viewRect_ = {0, 0, static_cast<std::int32_t>(description.dwWidth),
                  static_cast<std::int32_t>(description.dwHeight)};
     for (const auto& [deviceClass, textureMemory] : devices) {

@@ -17,10 +17,10 @@ public:
         restoreIfLost(surface);
         auto description = sizedStructure<DDSURFACEDESC>();
         result_ = surface->Lock(nullptr, &description, DDLOCK_WAIT, nullptr);
-        if (SUCCEEDED(result_) && !description.lpSurface) {
+        locked_ = SUCCEEDED(result_) ? description.lpSurface : nullptr;
+        if (SUCCEEDED(result_) && !locked_) {
             result_ = E_POINTER;
         }
-        locked_ = description.lpSurface;
         if (SUCCEEDED(result_) && !holdsRows(description)) {
             result_ = E_FAIL; // its rows would lie over each other
         }

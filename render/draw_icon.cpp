@@ -187,6 +187,11 @@ void drawIcon(CompositionBuffer& buffer, EngineState& state, ITalImage8Grey* ico
     if (isUnitScale(placement.scale)) {
         return drawIconPixels(buffer, source, maps, placed.left, placed.top, clip);
     }
+    if (buffer.format() == PixelFormat::Unspecified) {
+        const ImagePlanes planes(
+            source); // fails as it would be seen to fail elsewhere, but nothing is scaled
+        return;
+    }
     const Scaling scaling{placed.left, placed.top, placement.scale, SamplingMethod::Nearest, false};
     if (const auto scaled = resample(source, scaling, clip, state.scratch)) {
         drawIconPixels(buffer, *scaled, maps, clip.left, clip.top, clip);

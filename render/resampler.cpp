@@ -93,10 +93,7 @@ std::optional<SourceImage> resample(const SourceImage& source, const Scaling& sc
                                     ScratchMemory& scratch) {
     const auto& [x, y, scale, method, withMask] = scaling;
     const Rect visible = intersect(placeScaled(x, y, source.extent, scale), clip);
-    // The kernel would leave them as they are, too, and the memory is not cleared.
-    const bool tooThin =
-        method == SamplingMethod::CentreAligned && (visible.width() < 3 || visible.height() < 3);
-    if (visible.empty() || tooThin) {
+    if (visible.empty()) {
         return std::nullopt;
     }
     // In scaled-image coordinates; the visible part starts at or after the image's corner.
@@ -109,7 +106,10 @@ std::optional<SourceImage> resample(const SourceImage& source, const Scaling& sc
     ComPtr<ITalImageMemory> image;
     check(CoCreateInstance(imageClass(source.image), nullptr, CLSCTX_INPROC_SERVER, IID_PPV_ARGS(&image)));
     const ImagePlanes planes(source);
-    if (planes.extent().empty()) {
+    // The kernel would leave such pixels as they are, too, and the memory is not cleared.
+    const bool tooThin =
+        method == SamplingMethod::CentreAligned && (visible.width() < 3 || visible.height() < 3);
+    if (planes.extent().empty() || tooThin) {
         return std::nullopt;
     }
     const bool isRange = std::holds_alternative<ComPtr<ITalImage16Range>>(source.image);

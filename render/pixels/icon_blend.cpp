@@ -154,8 +154,9 @@ void drawIconIndices(const PixelRows& buffer, const ConstPixelRows& icon, Extent
     for (std::ptrdiff_t y = 0; y < extent.height; ++y) {
         std::uint8_t* out = buffer.data + y * buffer.stride;
         const std::uint8_t* in = icon.data + y * icon.stride;
-        for (std::ptrdiff_t x = 0; x < extent.width; ++x)
-            out[x] = tables.transparent[in[x]] ? out[x] : tables.index[in[x]];
+        writeRow<std::uint8_t>(out, extent.width, [=, &tables](std::ptrdiff_t x) {
+            return tables.transparent[in[x]] ? out[x] : tables.index[in[x]];
+        });
     }
 }
 

@@ -34,7 +34,7 @@ struct IconIndexTables {
 void blendIcon(PixelFormat format, const PixelRows& buffer, const ConstPixelRows& icon, Extent extent,
                const IconTables& tables);
 
-// The same for Pal8 layers.
+// The same for Pal8 buffers.
 void drawIconIndices(const PixelRows& buffer, const ConstPixelRows& icon, Extent extent,
                      const IconIndexTables& tables);
 

@@ -43,10 +43,10 @@ void grey8Rows(const PixelRows& destination, const ConstPixelRows& source, Exten
 void narrowRow(std::uint8_t* out, const std::uint8_t* in, std::ptrdiff_t width, std::uint32_t mask,
                int shift) {
     const auto mask16 = static_cast<std::uint16_t>(mask);
-    for (std::ptrdiff_t x = 0; x < width; ++x) {
+    writeRow<std::uint8_t>(out, width, [=](std::ptrdiff_t x) {
         const auto word = static_cast<std::uint16_t>(loadPixel<std::uint16_t>(in + 2 * x) & mask16);
-        out[x] = static_cast<std::uint8_t>(word >> shift);
-    }
+        return static_cast<std::uint8_t>(word >> shift);
+    });
 }
 
 // Entry is the table entry of the format that Pack makes.
@@ -133,10 +133,10 @@ void hideRow(std::uint8_t* out, const std::uint8_t* visible, std::ptrdiff_t widt
             return choose(visible[x] != 0, loadEntry(reinterpret_cast<const ColorEntry*>(out + 3 * x)), word);
         });
     } else {
-        for (std::ptrdiff_t x = 0; x < width; ++x) {
-            std::uint8_t* pixel = out + x * static_cast<std::ptrdiff_t>(sizeof(Entry));
-            storePixel(pixel, choose(visible[x] != 0, loadPixel<Entry>(pixel), maskPixel));
-        }
+        writeRow<Entry>(out, width, [=](std::ptrdiff_t x) {
+            const auto shown = loadPixel<Entry>(out + x * static_cast<std::ptrdiff_t>(sizeof(Entry)));
+            return choose(visible[x] != 0, shown, maskPixel);
+        });
     }
 }
 

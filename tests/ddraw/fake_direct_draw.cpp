@@ -181,8 +181,9 @@ const auto surfaceMethods = [](auto& t) {
     };
     t.Lock = [](IDirectDrawSurface* self, RECT* rect, DDSURFACEDESC* d, DWORD flags, HANDLE) {
         const HRESULT hr = describe(record(self, "Lock", rect, d, flags), of(self), *d);
-        of(self).locked = d->lpSurface;
-        return SUCCEEDED(hr) && of(self).lost ? FakeDisplay::surfaceLost : hr;
+        const HRESULT result = SUCCEEDED(hr) && of(self).lost ? FakeDisplay::surfaceLost : hr;
+        of(self).locked = SUCCEEDED(result) ? d->lpSurface : nullptr;
+        return result;
     };
     t.Unlock = [](IDirectDrawSurface* self, void* bits) {
         EXPECT_EQ(of(self).locked, bits) << "unlocked with another address";

@@ -17,7 +17,7 @@ constexpr int realScreen = 0;
 constexpr int everyFormat[] = {8, 15, 16, 24, 32};
 const auto everyScreen = testing::Values(realScreen, 8, 15, 16, 24, 32);
 
-// While it lives, the screen looks to talxrend.dll like one of the given format: a layer format, realScreen
+// While it lives, the screen looks to talxrend.dll like one of the given format: a buffer format, realScreen
 // for what is really there, or any other number of bits. A palettised screen made up here has a palette of
 // its own.
 class ScreenFormat {

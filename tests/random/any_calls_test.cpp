@@ -6,6 +6,7 @@
 // one that ends the program; TALX_TEST_CASE=N prints its calls as they are made.
 #include "tests/images/painting.h"
 #include "tests/support/event_sink.h"
+#include "tests/support/stack_object.h"
 
 #include <ocidl.h>
 
@@ -131,6 +132,7 @@ struct Life {
     EngineView view; // without an engine at first
     Random& random;
     EventSink sink;
+    StackObject<IUnknown> outer;
     std::vector<ComPtr<IPictureDisp>> pictures;
     std::vector<ComPtr<ITalImageMemory>> images;
     ComPtr<ITalPelAccess> access;
@@ -196,6 +198,8 @@ struct Argument<T*> {
     explicit Argument(Life& life) {
         if constexpr (std::is_same_v<T, ITalRenderEngineEvents>) {
             value = &life.sink;
+        } else if constexpr (std::is_same_v<T, IUnknown>) {
+            value = &life.outer; // of an aggregate, or what keeps memory alive
         } else if constexpr (std::is_same_v<T, IPictureDisp>) {
             value = life.pictures.empty() ? nullptr : life.pictures.back().Get(); // held by the life
         }

@@ -7,6 +7,7 @@
 
 #include <olectl.h>
 
+#include <mutex>
 #include <set>
 #include <span>
 
@@ -55,6 +56,7 @@ private:
         return all;
     }
     void track(const ImportedCall& call, std::uintptr_t result) {
+        const std::scoped_lock lock(mutex_);
         for (const MakerAndTaker& p : pairs_) {
             if (call.function == p.maker && result) {
                 live_.emplace(p.taker, reinterpret_cast<void*>(result));
@@ -78,6 +80,7 @@ private:
     }
 
     const std::span<const MakerAndTaker> pairs_;
+    std::mutex mutex_;                                  // calls come from any thread
     std::multiset<std::pair<std::string, void*>> live_; // by what takes it
     ImportGate gate_;
 };

@@ -56,7 +56,6 @@ inline const Failure failures[] = {
     {"GetDC,CreateCompatibleDC", 0, noContext, noContextText},
     {"GetDC,CreateCompatibleBitmap,GetDIBits,CreateDIBSection,GetObjectW,SelectObject", 0, noSection,
      noSectionText},
-    {"GetObjectW", 0, E_FAIL, L"", L"Draw"},
     {"DirectDrawCreate", 0, noDisplay, noDirectDrawText},
     {"directdraw.SetCooperativeLevel", 0, noDisplay, L"Cannot set cooperation level for DirectDraw."},
     {"directdraw.CreateSurface primary", 0, noDisplay, L"Cannot create primary surface."},
