@@ -26,6 +26,10 @@ public:
 
     const unsigned number;
 
+    // From now on the numbers of this step, whatever was drawn before.
+    void restart(unsigned step) {
+        engine_.seed(number + 1000003u * testing::UnitTest::GetInstance()->random_seed() + 7919u * step);
+    }
     std::uint32_t word() {
         auto word = static_cast<std::uint32_t>(engine_());
         const auto some = given_.first(std::min(given_.size(), sizeof word));
