@@ -27,7 +27,9 @@ public:
         : thread_([this, window](const std::stop_token& stop) {
               for (long number = 0; !stop.stop_requested(); ++number) {
                   std::this_thread::sleep_for(std::chrono::milliseconds(20));
-                  if (take(number)) {
+                  if (auto buffer = unused()) {
+                      fill(*buffer, number); // meanwhile the window draws from others
+                      publish(std::move(buffer));
                       PostMessageW(window, pictureTaken, 0, 0);
                   }
               }
@@ -45,22 +47,31 @@ public:
     }
 
 private:
-    bool take(long number) {
+    // A buffer to fill; at worst that of a picture which nobody has had, and null if there is none either.
+    Buffer unused() {
         const std::lock_guard lock(mutex_);
-        if (newest_) {
-            free_.push_back(std::move(newest_));
-        }
         if (free_.empty()) {
-            return false;
+            return std::move(newest_);
         }
-        newest_ = std::move(free_.back());
+        Buffer buffer = std::move(free_.back());
         free_.pop_back();
+        return buffer;
+    }
+
+    static void fill(std::vector<std::uint8_t>& buffer, long number) {
         for (long y = 0; y < size.cy; ++y) {
             for (long x = 0; x < size.cx; ++x) {
-                (*newest_)[y * stride + x] = static_cast<std::uint8_t>(x + y - 4 * number);
+                buffer[y * stride + x] = static_cast<std::uint8_t>(x + y - 4 * number);
             }
         }
-        return true;
+    }
+
+    void publish(Buffer buffer) {
+        const std::lock_guard lock(mutex_);
+        std::swap(newest_, buffer);
+        if (buffer) {
+            free_.push_back(std::move(buffer));
+        }
     }
 
     static Buffer newBuffer() { return std::make_unique<Buffer::element_type>(size.cy * stride); }
@@ -75,17 +86,22 @@ private:
     std::jthread thread_; // the last member: it stops first
 };
 
+// What the window shows: its window procedure finds this for as long as it is there.
 class Viewer {
 public:
     Viewer(HWND window, const CLSID& engineClass)
-        : camera_(window),
+        : window_(window), camera_(window),
           engine_(talxrend::create<ITalRenderEngine2>(engineClass), window, 1,
                   [this](long layer, const RECT& rect) {
                       engine_.fill(layer, rect, RGB(40, 44, 52));
                       engine_.drawImage(layer, image_.Get(), {20, 20}, 1, rect); // may be null
                   }) {
         engine_.update(engine_.extent());
+        SetWindowLongPtrW(window_, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(this));
     }
+    ~Viewer() { SetWindowLongPtrW(window_, GWLP_USERDATA, 0); }
+    Viewer(const Viewer&) = delete;
+    Viewer& operator=(const Viewer&) = delete;
 
     void showNewest() {
         if (auto buffer = camera_.newest()) {
@@ -100,26 +116,26 @@ public:
         }
     }
 
-    LRESULT handle(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+    LRESULT handle(UINT message, WPARAM wParam, LPARAM lParam) {
         switch (message) {
         case pictureTaken:
             showNewest();
             return 0;
         case WM_PAINT: {
             PAINTSTRUCT paint;
-            BeginPaint(window, &paint);
-            EndPaint(window, &paint);
+            BeginPaint(window_, &paint);
+            EndPaint(window_, &paint);
             engine_.show(paint.rcPaint);
             return 0;
         }
         case WM_SIZE:
             if (engine_.resize()) {
                 engine_.update(engine_.extent());
-                InvalidateRect(window, nullptr, FALSE);
+                InvalidateRect(window_, nullptr, FALSE);
             }
             return 0;
         }
-        return DefWindowProcW(window, message, wParam, lParam);
+        return DefWindowProcW(window_, message, wParam, lParam);
     }
 
     [[nodiscard]] const talxrend::Engine& engine() const { return engine_; }
@@ -128,6 +144,7 @@ public:
     talxrend::Guard failure;
 
 private:
+    HWND window_;
     Camera camera_; // outlives the image, which gives its buffer back
     talxrend::ComPtr<ITalImage8Grey> image_;
     talxrend::Engine engine_;
@@ -140,7 +157,7 @@ LRESULT CALLBACK windowProc(HWND window, UINT message, WPARAM wParam, LPARAM lPa
         return 0;
     }
     auto* viewer = reinterpret_cast<Viewer*>(GetWindowLongPtrW(window, GWLP_USERDATA));
-    return viewer ? viewer->failure.run([&] { return viewer->handle(window, message, wParam, lParam); })
+    return viewer ? viewer->failure.run([&] { return viewer->handle(message, wParam, lParam); })
                   : DefWindowProcW(window, message, wParam, lParam);
 }
 
@@ -160,7 +177,6 @@ int main(int argc, char** argv) try {
         CreateWindowW(L"live", L"live", WS_OVERLAPPEDWINDOW, 100, 100, frame.right - frame.left,
                       frame.bottom - frame.top, nullptr, nullptr, nullptr, nullptr);
     Viewer viewer(window, directDraw ? __uuidof(TalRenderEngine) : __uuidof(TalGDIRenderEngine));
-    SetWindowLongPtrW(window, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(&viewer));
     ShowWindow(window, SW_SHOWNORMAL);
     for (MSG message; GetMessageW(&message, nullptr, 0, 0) > 0; viewer.failure.rethrow()) {
         DispatchMessageW(&message);
@@ -169,7 +185,6 @@ int main(int argc, char** argv) try {
             break;
         }
     }
-    SetWindowLongPtrW(window, GWLP_USERDATA, 0);
     return 0;
 } catch (const std::exception& error) {
     std::fprintf(stderr, "live: %s\n", error.what());

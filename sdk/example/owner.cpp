@@ -9,7 +9,12 @@
 namespace {
 
 talxrend::Guard failure;               // no exception may pass through a window procedure
-const talxrend::Engine* own = nullptr; // null until it is there
+const talxrend::Engine* own = nullptr; // what the window shows, while it is there
+
+struct Shown {
+    explicit Shown(const talxrend::Engine& engine) { own = &engine; }
+    ~Shown() { own = nullptr; }
+};
 
 LRESULT CALLBACK windowProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
     if (own && message == WM_PAINT) {
@@ -61,7 +66,7 @@ int main(int argc, char** argv) try {
                                 engine.drawImage(layer, image.Get(), {20, 20}, 2, rect);
                             });
     engine.update(engine.extent());
-    own = &engine;
+    const Shown shown(engine);
     ShowWindow(window, SW_SHOWNORMAL);
     UpdateWindow(window);
     if (argc > 2 && std::string_view(argv[argc - 2]) == "--save") {
@@ -71,7 +76,6 @@ int main(int argc, char** argv) try {
     for (MSG message; GetMessageW(&message, nullptr, 0, 0) > 0; failure.rethrow()) {
         DispatchMessageW(&message);
     }
-    own = nullptr;
     return 0;
 } catch (const std::exception& error) {
     std::fprintf(stderr, "owner: %s\n", error.what());
