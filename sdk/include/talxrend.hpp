@@ -2,7 +2,7 @@
 //
 // Nothing here hides the COM interfaces of talxrend.h and talxstd.h: every object gives its interface away,
 // and either way of calling may be used at any time. The headers below may also be included one by one. All
-// of them need the system libraries ole32, oleaut32, gdi32, user32 and uuid.
+// of them need the system libraries ole32, oleaut32, gdi32, user32, uuid and windowscodecs.
 //
 // All objects belong to the thread that made them, with the exceptions that are named.
 #pragma once

@@ -29,8 +29,8 @@ create(const CLSID& clsid, std::string_view what = "cannot create an object; is 
     return object;
 }
 
-// A COM server DLL that nobody needs to register. It is unloaded with its Library unless something of it is
-// still in use then; in that case it stays to the end of the program.
+// A COM server DLL that nobody needs to register. Whatever was made of it goes before the Library does, which
+// unloads the DLL; one that says it is still in use then stays to the end of the program.
 class Library {
 public:
     // path: the whole path of the DLL.
@@ -78,8 +78,10 @@ private:
     HMODULE module_;
 };
 
-// Lets CoCreateInstance of this process find a class of a Library as if it were registered, while this lives.
-// An engine creates images of the image library that way whenever the scale is not 1.
+// Lets CoCreateInstance of this thread's apartment find a class of a Library as if it were registered, while
+// this lives. Each thread that needs that has its own, made and gone on that thread, and gone before the
+// Library. An engine creates images of the image library that way, of the class of what it draws, whenever
+// the scale is not 1; so do createImage and what wraps memory.
 class ServedClass {
 public:
     ServedClass(const Library& library, const CLSID& clsid) {

@@ -20,7 +20,8 @@ namespace talxrend {
 using DrawLayer = std::function<void(long layer, const RECT& rect)>;
 
 // What an engine calls while a layer is updated. The engine ignores what the sink answers; so what the
-// function throws is kept here, and the remaining layers are left out.
+// function throws is kept here, and the remaining layers are left out. LayerUpdate throws it; after
+// BeginLayerUpdate or EndLayerUpdate through the interface, Engine::check does.
 class EventSink final : public Object<ITalRenderEngineEvents> {
 public:
     explicit EventSink(DrawLayer drawLayer) : draw(std::move(drawLayer)) {}
@@ -72,8 +73,11 @@ public:
     [[nodiscard]] ITalRenderTargetAccess* targets() const { return targets_.Get(); }
     [[nodiscard]] const ComPtr<EventSink>& sink() const { return sink_; }
 
-    // Throws a Failure if a method called through -> has failed.
-    void check(HRESULT hr, std::string_view what) const { talxrend::check(hr, object_, what); }
+    // Throws what the drawing of layers has thrown, or a Failure if a method called through -> has failed.
+    void check(HRESULT hr, std::string_view what) const {
+        sink_->failure.rethrow();
+        talxrend::check(hr, object_, what);
+    }
 
     // The whole view.
     [[nodiscard]] RECT extent() const {

@@ -129,12 +129,11 @@ wrap16Grey(SIZE size, Plane<std::uint16_t> grey, TalDepthCode depth, const KeepA
 // memory stays. Any thread may have one; who writes pixels while others read them is the owner's affair.
 class PlaneAccess {
 public:
-    PlaneAccess(IUnknown* image, long plane, TalPelAccessMode mode) {
-        const auto memory = memoryOf(image);
-        check(memory->CreatePlaneAccess(plane, mode, &access_), memory, "cannot reach the image's memory");
-        __int64 data = 0;
-        access_->get_Data(&data);
-        access_->get_RowStride(&stride_);
+    PlaneAccess(IUnknown* image, long plane, TalPelAccessMode mode)
+        : PlaneAccess(memoryOf(image), plane, mode) {
+        __int64 data = 0; // what fails from here on unlocks
+        check(access_->get_Data(&data), access_, "cannot find the image's pixels");
+        check(access_->get_RowStride(&stride_), access_, "cannot find the image's rows");
         data_ = reinterpret_cast<std::byte*>(data);
     }
     ~PlaneAccess() { access_->Unlock(); }
@@ -148,6 +147,10 @@ public:
     }
 
 private:
+    PlaneAccess(const ComPtr<ITalImageMemory>& memory, long plane, TalPelAccessMode mode) {
+        check(memory->CreatePlaneAccess(plane, mode, &access_), memory, "cannot reach the image's memory");
+    }
+
     ComPtr<ITalPelAccess> access_;
     std::byte* data_ = nullptr;
     long stride_ = 0;

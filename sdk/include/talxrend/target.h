@@ -180,18 +180,7 @@ inline const GUID& containerOf(const std::wstring& path) {
                   "cannot write " + utf8(path) + ", whose name ends in none of .png .jpg .bmp .tif");
 }
 
-} // namespace detail
-
-// Writes a DIB section with rows from the top, as the engines' pictures are, as PNG, JPEG, BMP or TIFF by the
-// name's ending; a file of that name is replaced. PNG keeps the palette of 8-bit pictures, everything else
-// becomes 24-bit colour. Throws a Failure with WIC's code. The thread must be an apartment.
-inline void saveBitmap(HBITMAP bitmap, const std::wstring& path) {
-    const std::string what = "cannot write " + utf8(path);
-    const GUID& container = detail::containerOf(path);
-    detail::Pixels pixels = detail::pixelsOf(bitmap);
-    if (!pixels.palette.empty() && container != GUID_ContainerFormatPng) {
-        detail::dropPalette(pixels);
-    }
+inline void encode(Pixels& pixels, const GUID& container, const std::wstring& path, const std::string& what) {
     const auto factory = create<IWICImagingFactory>(CLSID_WICImagingFactory, what);
     ComPtr<IWICStream> stream;
     ComPtr<IWICBitmapEncoder> encoder;
@@ -219,6 +208,45 @@ inline void saveBitmap(HBITMAP bitmap, const std::wstring& path) {
           what);
     check(frame->Commit(), what);
     check(encoder->Commit(), what);
+}
+
+// A file under a name of its own until it takes the place of another; gone if it never does.
+class NewFile {
+public:
+    explicit NewFile(const std::wstring& replaced) : replaced_(replaced), path_(replaced + L".new") {}
+    ~NewFile() { DeleteFileW(path_.c_str()); }
+    NewFile(const NewFile&) = delete;
+    NewFile& operator=(const NewFile&) = delete;
+
+    [[nodiscard]] const std::wstring& path() const { return path_; }
+
+    void replace(const std::string& what) const {
+        if (!MoveFileExW(path_.c_str(), replaced_.c_str(), MOVEFILE_REPLACE_EXISTING)) {
+            throw Failure(HRESULT_FROM_WIN32(GetLastError()), what);
+        }
+    }
+
+private:
+    std::wstring replaced_;
+    std::wstring path_;
+};
+
+} // namespace detail
+
+// Writes a DIB section with rows from the top, as the engines' pictures are, as PNG, JPEG, BMP or TIFF by the
+// name's ending; a file of that name is replaced when the new one, which is called .new until then, is whole.
+// PNG keeps the palette of 8-bit pictures, everything else becomes 24-bit colour. Throws a Failure with WIC's
+// or the system's code. The thread must be an apartment.
+inline void saveBitmap(HBITMAP bitmap, const std::wstring& path) {
+    const std::string what = "cannot write " + utf8(path);
+    const GUID& container = detail::containerOf(path);
+    detail::Pixels pixels = detail::pixelsOf(bitmap);
+    if (!pixels.palette.empty() && container != GUID_ContainerFormatPng) {
+        detail::dropPalette(pixels);
+    }
+    const detail::NewFile file(path);
+    detail::encode(pixels, container, file.path(), what);
+    file.replace(what);
 }
 
 inline void savePicture(const ComPtr<IPictureDisp>& picture, const std::wstring& path) {
