@@ -5,8 +5,9 @@ set -euo pipefail
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 cd "$root"
 
-# Wine without debugging output, offers to install Mono and Gecko, and a debugger that holds a crashed program.
-export WINEDEBUG=-all WINEDLLOVERRIDES="mscoree,mshtml,winedbg.exe="
+# Wine without debugging output, offers to install Mono and Gecko, and a debugger that holds a crashed program, unless the
+# caller wants one.
+export WINEDEBUG=-all WINEDLLOVERRIDES="${WINEDLLOVERRIDES-mscoree,mshtml,winedbg.exe=}"
 
 say() {
     printf '\n== %s\n' "$*"
