@@ -1,9 +1,8 @@
 // talview: shows an image in a window through a render engine, or saves what it would show.
 #include "viewer/failure.h"
-#include "viewer/image_file.h"
 #include "viewer/options.h"
 #include "viewer/save.h"
-#include "viewer/window.h"
+#include "viewer/viewer.h"
 
 #include <cstdio>
 #include <new>
@@ -14,22 +13,16 @@ using namespace talview;
 
 void view(const Options& options) {
     const talxrend::Apartment apartment;
-    Image image =
-        options.range ? loadRangeImage(options.image, options.mask) : loadImage(options.image, options.depth);
-    Window window(options.width, options.height, options.image + L" - talview");
-    Scene scene(window.handle(), options, std::move(image));
-    window.show(scene);
-
-    POINT origin{};
-    ClientToScreen(window.handle(), &origin);
-    std::printf("shown: client origin %ld,%ld size %ldx%ld\n", origin.x, origin.y, scene.extent().right,
-                scene.extent().bottom);
-    std::fflush(stdout);
-    if (!options.save.empty()) {
-        save(scene, static_cast<TalRenderTargetFormatConstants>(options.format), options.save);
+    Viewer viewer(options);
+    const bool isShown = options.save.empty() || options.hold;
+    if (isShown) {
+        viewer.show();
     }
-    if (options.hold || options.save.empty()) {
-        window.run(options.hold);
+    if (!options.save.empty()) {
+        save(viewer.scene(), static_cast<TalRenderTargetFormatConstants>(options.format), options.save);
+    }
+    if (isShown) {
+        viewer.run(options.hold);
     }
 }
 

@@ -152,7 +152,7 @@ const Option valueOptions[] = {
 const char helpText[] = R"(usage: talview IMAGE [options]
 Shows a PNG, BMP, TIFF or JPEG picture in a window through a render engine.
 
-  --size WxH            client area of the window in pixels (800x600)
+  --size WxH            the picture in the window, in pixels (800x600)
   --scale S|fit         window pixels for each image pixel (fit)
   --at X,Y              place of the image's top left corner in the window (in the middle)
   --method nearest|centre
@@ -166,17 +166,17 @@ Shows a PNG, BMP, TIFF or JPEG picture in a window through a render engine.
   --mask FILE           mask of a range image: its black pixels hide the value; implies --kind range
   --mask-color RRGGBB   colour of hidden range pixels (400040)
   --marker X,Y          marks the middle of image pixel X,Y; may be repeated
-  --no-caption          leaves out the line of text at the bottom
   --engine gdi|directdraw
                         render engine (gdi)
-  --save FILE           saves what the window shows and leaves; PNG, JPEG, BMP or TIFF by the name's ending
+  --save FILE           saves the picture that the window would show; PNG, JPEG, BMP or TIFF by the name's ending
   --format native|pal8|rgb15|rgb16|rgb24|rgb32
                         pixel format of the render target that is saved; GDI engine only (native)
   --hold SECONDS        keeps the window up that long, then leaves
   --help                this text
 
-Without --save and --hold the window stays until it is closed. In the window: the wheel or + and - zoom,
-dragging moves the image, F fits it, M changes the sampling method, C the colour map, Esc leaves.
+With --save alone no window appears; without --save and --hold it stays until it is closed. In the window:
+the wheel or + and - zoom, dragging moves the image, F fits it, M changes the sampling method, C the colour
+map, Esc leaves.
 Exit code: 0 done, 1 it cannot be done, 2 the command line is wrong.
 )";
 
@@ -189,9 +189,7 @@ Options parseOptions(const std::vector<std::wstring>& arguments) {
             options.help = true;
             return options;
         }
-        if (*argument == L"--no-caption") {
-            options.caption = false;
-        } else if (option != std::end(valueOptions)) {
+        if (option != std::end(valueOptions)) {
             const std::string name = utf8(*argument);
             if (++argument == arguments.end()) {
                 throw UsageError(name + " needs a value");

@@ -25,7 +25,7 @@ struct Options {
     std::wstring image;
     bool help = false;
 
-    long width = 800; // client area of the window in pixels
+    long width = 800; // of the picture in the window, in pixels
     long height = 600;
     std::optional<double> scale; // none: the whole image fits the window
     std::optional<Point> at;     // view position of the image's top left corner; none: centred
@@ -41,7 +41,6 @@ struct Options {
     std::uint32_t maskColor = 0x400040; // 0x00RRGGBB
 
     std::vector<Point> markers; // in image pixels
-    bool caption = true;
 
     bool directDraw = false;
     int format = 0; // of the render target, one of TalRenderTargetFormatConstants; 0: the engine's own

@@ -5,6 +5,8 @@
 
 namespace talview {
 
+constexpr double zoomStep = 1.25; // of one notch of the wheel
+
 class Placement {
 public:
     // scale: none to fit the window. at: view position of the image's top left corner, none for the middle.

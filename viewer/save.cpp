@@ -33,7 +33,8 @@ void giveColors(HBITMAP bitmap) {
 
 } // namespace
 
-void save(const Scene& scene, TalRenderTargetFormatConstants format, const std::wstring& path) {
+void save(Scene& scene, TalRenderTargetFormatConstants format, const std::wstring& path) {
+    scene.compose();
     const talxrend::Engine& engine = scene.engine();
     if (!engine.targets()) {
         return talxrend::saveView(engine, path);

@@ -1,6 +1,6 @@
 // The owner of a render engine: it numbers the layers, draws them, and redraws them when the engine asks.
 //
-// Layer 0 is the background with the image, layer 1 the line of text, layer 2 the markers.
+// Layer 0 is the background with the image, layer 1 the markers.
 #pragma once
 
 #include "viewer/image.h"
@@ -14,7 +14,7 @@ namespace talview {
 
 class Scene {
 public:
-    // Creates the engine for the window and composes the first picture. The window must outlive the scene.
+    // Creates the engine for the window, which must outlive the scene.
     Scene(HWND window, const Options& options, Image image);
     Scene(const Scene&) = delete;
     Scene& operator=(const Scene&) = delete;
@@ -23,47 +23,52 @@ public:
     // The whole view.
     [[nodiscard]] RECT extent() const { return {0, 0, width_, height_}; }
 
+    // Draws everything anew if something has changed since the last time, and says whether it had.
+    bool compose();
     // Copies a rectangle of the composed picture to the screen or to the engine's render target.
     void refresh(const RECT& rect) const { engine_.show(rect); }
 
-    // The window has another size.
-    void resize();
-    void paletteChanged();
+    [[nodiscard]] const Options& options() const { return options_; }
+    [[nodiscard]] const Image& image() const { return image_; }
+    [[nodiscard]] const Placement& placement() const { return placement_; }
+    // The image values that have the map's first and last colour.
+    [[nodiscard]] Limits limits() const { return limits_; }
+    // Bits of a pixel of the screen.
+    [[nodiscard]] int screenBits() const { return screenBits_; }
+    // The screen has 256 colours, so that this image is not shown in its own.
+    [[nodiscard]] bool isReduced() const { return palettised_ && image_.kind() != ImageKind::grey8; }
 
+    // Each of these asks the system for a repaint of the window, and leaves the drawing to compose.
+    void resize(); // the window has another size
+    void paletteChanged();
     void fit();
     void zoomAbout(POINT view, double factor);
     void move(long dx, long dy);
     void nextMap();
     void nextMethod();
-    // Shows the image value there.
-    void pointAt(POINT view);
 
 private:
     void drawLayer(long layer, const RECT& rect);
     void drawImage(const RECT& rect);
-    void drawCaption(const RECT& rect);
     void drawMarkers(const RECT& rect);
 
-    // Redraws a layer in a rectangle, the engine asking for all other layers, and shows the result.
-    void updateLayer(long layer, const RECT& rect);
-    void updateAll() { updateLayer(0, extent()); }
-
+    void changed();
     void setExtent();
     void setMethod();
     void setColorMap();
-    [[nodiscard]] std::wstring captionText() const;
-    [[nodiscard]] RECT captionRect() const;
 
     HWND window_;
     Options options_;
     Image image_;
     Placement placement_;
+    int screenBits_;
     bool palettised_; // the screen has 256 colours
     Marker marker_;
-    std::wstring valueText_;
     talxrend::Engine engine_;
     long width_ = 0;
     long height_ = 0;
+    Limits limits_;
+    bool isChanged_ = true;
 };
 
 } // namespace talview

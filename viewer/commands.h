@@ -1,0 +1,11 @@
+// Numbers of the commands, for the keys (talview.rc) and for the viewer.
+#pragma once
+
+#define COMMANDS 1 // the accelerator table
+
+#define COMMAND_EXIT 100
+#define COMMAND_ZOOM_IN 120
+#define COMMAND_ZOOM_OUT 121
+#define COMMAND_FIT 122
+#define COMMAND_METHOD 140
+#define COMMAND_MAP 141

@@ -1,0 +1,32 @@
+// The program as a person uses it: a window, the scene in it, and the commands that change it.
+#pragma once
+
+#include "viewer/options.h"
+#include "viewer/scene.h"
+#include "viewer/window.h"
+
+namespace talview {
+
+class Viewer {
+public:
+    // Reads the image and draws it; the window is hidden still.
+    explicit Viewer(const Options& options);
+
+    [[nodiscard]] Scene& scene() { return scene_; }
+
+    // Makes the window visible, and says on standard output where its picture is.
+    void show();
+    // Until the window is closed or the time is over; says then how often the scene was drawn.
+    void run(std::optional<double> seconds);
+
+private:
+    void command(int id);
+    void updateStatus();
+
+    Options options_;
+    talxrend::Guard failure_;
+    Window window_;
+    Scene scene_;
+};
+
+} // namespace talview
