@@ -4,6 +4,10 @@
 #define COMMANDS 1 // the accelerator table
 
 #define COMMAND_EXIT 100
+#define COMMAND_OPEN 101
+#define COMMAND_RELOAD 102
+#define COMMAND_NEXT 103
+#define COMMAND_PREVIOUS 104
 #define COMMAND_ZOOM_IN 120
 #define COMMAND_ZOOM_OUT 121
 #define COMMAND_FIT 122

@@ -149,8 +149,8 @@ const Option valueOptions[] = {
 
 } // namespace
 
-const char helpText[] = R"(usage: talview IMAGE [options]
-Shows a PNG, BMP, TIFF or JPEG picture in a window through a render engine.
+const char helpText[] = R"(usage: talview [IMAGE|FOLDER] [options]
+Shows a PNG, BMP, TIFF or JPEG picture, or the first one of a folder, in a window through a render engine.
 
   --size WxH            the picture in the window, in pixels (800x600)
   --scale S|fit         window pixels for each image pixel (fit)
@@ -176,7 +176,8 @@ Shows a PNG, BMP, TIFF or JPEG picture in a window through a render engine.
 
 With --save alone no window appears; without --save and --hold it stays until it is closed. In the window:
 the wheel or + and - zoom, dragging moves the image, F fits it, M changes the sampling method, C the colour
-map, Esc leaves.
+map, Esc leaves. Ctrl+O or a file dropped on the window opens it, Page Up and Page Down show the other
+pictures of its folder, F5 reads it again.
 Exit code: 0 done, 1 it cannot be done, 2 the command line is wrong.
 )";
 
@@ -207,8 +208,8 @@ Options parseOptions(const std::vector<std::wstring>& arguments) {
             options.image = *argument;
         }
     }
-    if (options.image.empty()) {
-        throw UsageError("no image given");
+    if (options.image.empty() && !options.interactive()) {
+        throw UsageError("--save and --hold need an image");
     }
     if (options.directDraw && options.format != 0) {
         throw UsageError("--format needs --engine gdi: the DirectDraw engine has no render targets");

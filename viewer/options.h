@@ -22,7 +22,7 @@ struct Limits {
 };
 
 struct Options {
-    std::wstring image;
+    std::wstring image; // or a folder; empty: none yet
     bool help = false;
 
     long width = 800; // of the picture in the window, in pixels

@@ -22,6 +22,14 @@ void Placement::resize(long width, long height) {
     place();
 }
 
+void Placement::setImage(long width, long height) {
+    if (width != imageWidth_ || height != imageHeight_) {
+        imageWidth_ = width;
+        imageHeight_ = height;
+        fit();
+    }
+}
+
 void Placement::fit() {
     wantedScale_.reset();
     wantedAt_.reset();

@@ -13,6 +13,8 @@ public:
     Placement(long imageWidth, long imageHeight, std::optional<double> scale, std::optional<Point> at)
         : imageWidth_(imageWidth), imageHeight_(imageHeight), wantedScale_(scale), wantedAt_(at) {}
 
+    // Another image: it fits the window unless it has the size of the one before.
+    void setImage(long width, long height);
     // The window has a new size: an image that fits or lies in the middle does so again.
     void resize(long width, long height);
     void fit();

@@ -30,9 +30,9 @@ talxrend::ComPtr<ITalRenderEngine2> createEngine(bool directDraw) {
 
 } // namespace
 
-Scene::Scene(HWND window, const Options& options, Image image)
+Scene::Scene(HWND window, const Options& options, std::optional<Image> image)
     : window_(window), options_(options), image_(std::move(image)),
-      placement_(image_.width(), image_.height(), options.scale, options.at),
+      placement_(image_ ? image_->width() : 1, image_ ? image_->height() : 1, options.scale, options.at),
       screenBits_(screenCapability(window, BITSPIXEL) * screenCapability(window, PLANES)),
       palettised_((screenCapability(window, RASTERCAPS) & RC_PALETTE) != 0), marker_(palettised_),
       engine_(createEngine(options.directDraw), window, layerCount,
@@ -75,7 +75,10 @@ void Scene::drawLayer(long layer, const RECT& rect) {
 
 void Scene::drawImage(const RECT& rect) {
     engine_.fill(imageLayer, rect, backgroundColor);
-    engine_.drawImage(imageLayer, image_.object(), {placement_.left(), placement_.top()}, placement_.scale(),
+    if (!image_) {
+        return;
+    }
+    engine_.drawImage(imageLayer, image_->object(), {placement_.left(), placement_.top()}, placement_.scale(),
                       rect);
 }
 
@@ -94,17 +97,17 @@ void Scene::setMethod() {
 }
 
 void Scene::setColorMap() {
-    if (image_.kind() == ImageKind::color) {
+    if (!image_ || image_->kind() == ImageKind::color) {
         return;
     }
-    const std::uint32_t count = image_.valueCount();
+    const std::uint32_t count = image_->valueCount();
     limits_ = options_.limits.value_or(Limits{0, count - 1.0});
     if (options_.autoLimits) {
-        const auto [low, high] = image_.valueLimits();
+        const auto [low, high] = image_->valueLimits();
         limits_ = {static_cast<double>(low), static_cast<double>(std::max(high, low + 1))};
     }
     const auto colors = colorTable(*options_.map, count, limits_.low, limits_.high);
-    switch (image_.kind()) {
+    switch (image_->kind()) {
     case ImageKind::grey8:
         return engine_.put8GreyMap(colors);
     case ImageKind::grey16:
@@ -114,6 +117,16 @@ void Scene::setColorMap() {
     case ImageKind::color:
         break;
     }
+}
+
+void Scene::setImage(Image image, bool keepMarkers) {
+    image_ = std::move(image);
+    placement_.setImage(image_->width(), image_->height());
+    if (!keepMarkers) {
+        options_.markers.clear();
+    }
+    setColorMap();
+    changed();
 }
 
 void Scene::resize() {

@@ -10,12 +10,14 @@
 
 #include <talxrend.hpp>
 
+#include <optional>
+
 namespace talview {
 
 class Scene {
 public:
     // Creates the engine for the window, which must outlive the scene.
-    Scene(HWND window, const Options& options, Image image);
+    Scene(HWND window, const Options& options, std::optional<Image> image);
     Scene(const Scene&) = delete;
     Scene& operator=(const Scene&) = delete;
 
@@ -29,16 +31,20 @@ public:
     void refresh(const RECT& rect) const { engine_.show(rect); }
 
     [[nodiscard]] const Options& options() const { return options_; }
-    [[nodiscard]] const Image& image() const { return image_; }
+    [[nodiscard]] const std::optional<Image>& image() const { return image_; }
     [[nodiscard]] const Placement& placement() const { return placement_; }
     // The image values that have the map's first and last colour.
     [[nodiscard]] Limits limits() const { return limits_; }
     // Bits of a pixel of the screen.
     [[nodiscard]] int screenBits() const { return screenBits_; }
     // The screen has 256 colours, so that this image is not shown in its own.
-    [[nodiscard]] bool isReduced() const { return palettised_ && image_.kind() != ImageKind::grey8; }
+    [[nodiscard]] bool isReduced() const {
+        return palettised_ && image_ && image_->kind() != ImageKind::grey8;
+    }
 
     // Each of these asks the system for a repaint of the window, and leaves the drawing to compose.
+    // keepMarkers: it is the same one, read again.
+    void setImage(Image image, bool keepMarkers);
     void resize(); // the window has another size
     void paletteChanged();
     void fit();
@@ -59,7 +65,7 @@ private:
 
     HWND window_;
     Options options_;
-    Image image_;
+    std::optional<Image> image_;
     Placement placement_;
     int screenBits_;
     bool palettised_; // the screen has 256 colours

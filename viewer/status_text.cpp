@@ -15,7 +15,7 @@ std::wstring format(const wchar_t* pattern, Values... values) {
 }
 
 std::wstring valueAt(const Scene& scene, POINT view) {
-    const Image& image = scene.image();
+    const Image& image = *scene.image();
     const Point place = scene.placement().toImage({view.x + 0.5, view.y + 0.5});
     if (place.x < 0 || place.x >= image.width() || place.y < 0 || place.y >= image.height()) {
         return L"";
@@ -29,8 +29,11 @@ std::wstring valueAt(const Scene& scene, POINT view) {
 
 std::vector<std::wstring> statusTexts(const Scene& scene, std::optional<POINT> pointer,
                                       std::optional<double> milliseconds) {
+    if (!scene.image()) {
+        return {L"No picture: Ctrl+O opens one"};
+    }
     const Options& options = scene.options();
-    const Image& image = scene.image();
+    const Image& image = *scene.image();
     const bool isColor = image.kind() == ImageKind::color;
     const Limits limits = scene.limits();
     return {

@@ -2,31 +2,93 @@
 #include "viewer/viewer.h"
 
 #include "viewer/commands.h"
+#include "viewer/failure.h"
+#include "viewer/folder.h"
 #include "viewer/image_file.h"
+#include "viewer/open_dialog.h"
 #include "viewer/status_text.h"
 
 #include <cstdio>
+#include <new>
 
 namespace talview {
 namespace {
 
-Image load(const Options& options) {
+// A folder stands for its first picture.
+Options withFile(Options options) {
+    if (isFolder(options.image)) {
+        const auto pictures = picturesIn(options.image);
+        if (pictures.empty()) {
+            throw Failure("there is no picture in " + utf8(options.image));
+        }
+        options.image = pictures.front();
+    }
+    return options;
+}
+
+std::optional<Image> load(const Options& options) {
+    if (options.image.empty()) {
+        return std::nullopt;
+    }
     return options.range ? loadRangeImage(options.image, options.mask)
                          : loadImage(options.image, options.depth);
+}
+
+std::wstring wide(const std::string& text) {
+    const int size = static_cast<int>(text.size());
+    std::wstring characters(MultiByteToWideChar(CP_UTF8, 0, text.data(), size, nullptr, 0), L'\0');
+    MultiByteToWideChar(CP_UTF8, 0, text.data(), size, characters.data(),
+                        static_cast<int>(characters.size()));
+    return characters;
 }
 
 } // namespace
 
 Viewer::Viewer(const Options& options)
-    : options_(options), window_(options.width, options.height, failure_,
-                                 {[this](int id) { command(id); },
-                                  [this] {
-                                      updateStatus();
-                                  }}),
-      scene_(window_.handle(), options, load(options)) {
+    : options_(withFile(options)), asked_(options_.image),
+      window_(options.width, options.height, failure_,
+              {[this](const std::wstring& path) { open(path); }, [this](int id) { command(id); },
+               [this] {
+                   updateStatus();
+               }}),
+      scene_(window_.handle(), options_, load(options_)) {
     window_.attach(&scene_);
-    SetWindowTextW(window_.handle(),
-                   (options.image.substr(options.image.find_last_of(L"\\/") + 1) + L" - talview").c_str());
+    setTitle();
+}
+
+void Viewer::setTitle() {
+    const std::wstring& path = options_.image;
+    const std::wstring name = path.substr(path.find_last_of(L"\\/") + 1);
+    SetWindowTextW(window_.handle(), (name + (name.empty() ? L"" : L" - ") + L"talview").c_str());
+}
+
+void Viewer::open(const std::wstring& path) {
+    asked_ = path;
+    try {
+        Options options = options_;
+        options.image = path;
+        options = withFile(options);
+        asked_ = options.image;
+        const bool isSame = options.image == options_.image;
+        if (!isSame) {
+            options.mask.clear(); // it belongs to the image before, as the markers do
+        }
+        scene_.setImage(*load(options), isSame);
+        options_ = options;
+        window_.status().tell(L"");
+        setTitle();
+    } catch (const std::runtime_error& failure) {
+        window_.status().tell(wide(failure.what()));
+    } catch (const std::bad_alloc&) {
+        window_.status().tell(L"not enough memory for " + path);
+    }
+}
+
+void Viewer::openNeighbour(int steps) {
+    const std::wstring path = asked_.empty() ? L"" : neighbour(asked_, steps);
+    if (!path.empty()) {
+        open(path);
+    }
 }
 
 void Viewer::show() {
@@ -53,7 +115,22 @@ void Viewer::updateStatus() {
 void Viewer::command(int id) {
     const RECT view = scene_.extent();
     const POINT middle{view.right / 2, view.bottom / 2};
+    window_.status().tell(L"");
     switch (id) {
+    case COMMAND_OPEN:
+        if (const std::wstring path = askForPicture(window_.handle(), asked_); !path.empty()) {
+            open(path);
+        }
+        return;
+    case COMMAND_RELOAD:
+        if (!asked_.empty()) {
+            open(asked_);
+        }
+        return;
+    case COMMAND_NEXT:
+        return openNeighbour(1);
+    case COMMAND_PREVIOUS:
+        return openNeighbour(-1);
     case COMMAND_EXIT:
         return PostQuitMessage(0);
     case COMMAND_ZOOM_IN:

@@ -9,7 +9,7 @@ namespace talview {
 
 class Viewer {
 public:
-    // Reads the image and draws it; the window is hidden still.
+    // Reads the image, if there is one; the window is hidden still.
     explicit Viewer(const Options& options);
 
     [[nodiscard]] Scene& scene() { return scene_; }
@@ -20,10 +20,16 @@ public:
     void run(std::optional<double> seconds);
 
 private:
+    // Shows a file, or the first picture of a folder. If it cannot be read, the status line says why and the
+    // previous picture stays.
+    void open(const std::wstring& path);
+    void openNeighbour(int steps);
     void command(int id);
+    void setTitle();
     void updateStatus();
 
-    Options options_;
+    Options options_;    // of the picture that is shown
+    std::wstring asked_; // the file that was to be shown last
     talxrend::Guard failure_;
     Window window_;
     Scene scene_;

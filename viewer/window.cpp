@@ -3,6 +3,7 @@
 
 #include "viewer/commands.h"
 
+#include <shellapi.h>
 #include <windowsx.h>
 
 #include <algorithm>
@@ -14,6 +15,7 @@ namespace talview {
 Window::Window(long width, long height, talxrend::Guard& failure, Events events)
     : NativeWindow(L"talview", WS_OVERLAPPEDWINDOW, {width, height}, failure), failure_(failure),
       events_(std::move(events)), status_(handle()) {
+    DragAcceptFiles(handle(), TRUE);
     // What the frame takes changes with the width, since a menu breaks into lines.
     for (int i = 0; i < 3; ++i) {
         RECT frame{};
@@ -89,6 +91,9 @@ LRESULT Window::answer(UINT message, WPARAM wParam, LPARAM lParam) {
     case WM_COMMAND:
         events_.command(LOWORD(wParam));
         return 0;
+    case WM_DROPFILES:
+        drop(reinterpret_cast<HDROP>(wParam));
+        return 0;
     case WM_QUERYNEWPALETTE:
         scene_->paletteChanged();
         return TRUE;
@@ -98,10 +103,12 @@ LRESULT Window::answer(UINT message, WPARAM wParam, LPARAM lParam) {
         }
         return 0;
     case WM_MOUSEWHEEL:
+        status_.tell(L"");
         ScreenToClient(handle(), &point);
         scene_->zoomAbout(point, std::pow(zoomStep, GET_WHEEL_DELTA_WPARAM(wParam) / double{WHEEL_DELTA}));
         return 0;
     case WM_LBUTTONDOWN:
+        status_.tell(L"");
         SetCapture(handle());
         dragged_ = point;
         return 0;
@@ -154,6 +161,15 @@ void Window::paint() {
         scene_->refresh(paint.rcPaint);
     }
     events_.changed();
+}
+
+void Window::drop(HDROP files) {
+    std::wstring path(DragQueryFileW(files, 0, nullptr, 0), L'\0');
+    DragQueryFileW(files, 0, path.data(), static_cast<UINT>(path.size() + 1));
+    DragFinish(files);
+    if (!path.empty()) {
+        events_.dropped(path);
+    }
 }
 
 void Window::mouseMoved(POINT to) {

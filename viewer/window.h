@@ -9,6 +9,8 @@
 #include "viewer/scene.h"
 #include "viewer/status_line.h"
 
+#include <shellapi.h>
+
 #include <functional>
 #include <optional>
 
@@ -17,8 +19,9 @@ namespace talview {
 class Window final : public NativeWindow {
 public:
     struct Events {
-        std::function<void(int)> command; // one of commands.h, by its key
-        std::function<void()> changed;    // something has been drawn, or the pointer has moved
+        std::function<void(const std::wstring& path)> dropped; // a file on the window
+        std::function<void(int)> command;                      // one of commands.h, by its key
+        std::function<void()> changed; // something has been drawn, or the pointer has moved
     };
 
     // A hidden window whose client area, which the picture fills, has the given size in pixels.
@@ -44,6 +47,7 @@ private:
     LRESULT answer(UINT message, WPARAM wParam, LPARAM lParam) override;
     LRESULT answerFrame(UINT message, WPARAM wParam, LPARAM lParam);
     void paint();
+    void drop(HDROP files);
     void mouseMoved(POINT to);
 
     talxrend::Guard& failure_;

@@ -25,7 +25,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }
     try {
         const Options options = parseOptions(arguments);
-        require(options.help || !options.image.empty());
+        require(options.help || options.interactive() || !options.image.empty());
         require(options.width >= 1 && options.width <= 16384 && options.height >= 1 &&
                 options.height <= 16384);
         require(options.maskColor <= 0xFFFFFF && options.hold.value_or(0) >= 0);

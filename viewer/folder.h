@@ -1,0 +1,19 @@
+// Picture files in a folder, by name.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace talview {
+
+[[nodiscard]] bool isFolder(const std::wstring& path);
+
+// Paths of the files whose names end as those of pictures do, in the order of their names without regard to
+// case. None if the folder cannot be read.
+[[nodiscard]] std::vector<std::wstring> picturesIn(const std::wstring& folder);
+
+// The picture so many steps behind (or before) a file in its folder, whether that is still there or not;
+// empty beyond the last and the first.
+[[nodiscard]] std::wstring neighbour(const std::wstring& file, int steps);
+
+} // namespace talview
