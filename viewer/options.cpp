@@ -175,8 +175,8 @@ Shows a PNG, BMP, TIFF or JPEG picture, or the first one of a folder, in a windo
   --help                this text
 
 With --save alone no window appears; without --save and --hold it stays until it is closed. In the window:
-the wheel or + and - zoom, dragging moves the image, F fits it, M changes the sampling method, C the colour
-map, Esc leaves. Ctrl+O or a file dropped on the window opens it, Page Up and Page Down show the other
+the wheel or + and - zoom, dragging or the arrow keys move the image, 0 or F fits it, 1 shows its own size, M
+changes the sampling method, C the colour map, Esc leaves. Ctrl+O or a file dropped on the window opens it, Page Up and Page Down show the other
 pictures of its folder, F5 reads it again.
 Exit code: 0 done, 1 it cannot be done, 2 the command line is wrong.
 )";

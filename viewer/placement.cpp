@@ -36,10 +36,10 @@ void Placement::fit() {
     place();
 }
 
-void Placement::zoomAbout(Point view, double factor) {
+void Placement::zoomTo(Point view, double scale) {
     // What lies outside these limits already, such as a large image that fits, may come back but go no
     // farther.
-    wantedScale_ = std::clamp(scale_ * factor, std::min(1.0 / 32, scale_), std::max(64.0, scale_));
+    wantedScale_ = std::clamp(scale, std::min(1.0 / 32, scale_), std::max(64.0, scale_));
     const double change = *wantedScale_ / scale_;
     wantedAt_ = Point{view.x - (view.x - at_.x) * change, view.y - (view.y - at_.y) * change};
     place();

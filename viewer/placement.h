@@ -18,7 +18,8 @@ public:
     // The window has a new size: an image that fits or lies in the middle does so again.
     void resize(long width, long height);
     void fit();
-    void zoomAbout(Point view, double factor);
+    void zoomAbout(Point view, double factor) { zoomTo(view, scale_ * factor); }
+    void zoomTo(Point view, double scale);
     void move(Point by);
 
     [[nodiscard]] double scale() const { return scale_; }

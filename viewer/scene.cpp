@@ -151,6 +151,11 @@ void Scene::zoomAbout(POINT view, double factor) {
     changed();
 }
 
+void Scene::zoomTo(POINT view, double scale) {
+    placement_.zoomTo({static_cast<double>(view.x), static_cast<double>(view.y)}, scale);
+    changed();
+}
+
 void Scene::move(long dx, long dy) {
     placement_.move({static_cast<double>(dx), static_cast<double>(dy)});
     changed();

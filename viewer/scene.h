@@ -49,6 +49,7 @@ public:
     void paletteChanged();
     void fit();
     void zoomAbout(POINT view, double factor);
+    void zoomTo(POINT view, double scale);
     void move(long dx, long dy);
     void nextMap();
     void nextMethod();

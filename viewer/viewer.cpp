@@ -14,6 +14,8 @@
 namespace talview {
 namespace {
 
+constexpr long arrowStep = 40; // pixels of the view
+
 // A folder stands for its first picture.
 Options withFile(Options options) {
     if (isFolder(options.image)) {
@@ -139,6 +141,16 @@ void Viewer::command(int id) {
         return scene_.zoomAbout(middle, 1 / zoomStep);
     case COMMAND_FIT:
         return scene_.fit();
+    case COMMAND_FULL_SCALE:
+        return scene_.zoomTo(middle, 1);
+    case COMMAND_LEFT: // what lies there comes into view
+        return scene_.move(arrowStep, 0);
+    case COMMAND_RIGHT:
+        return scene_.move(-arrowStep, 0);
+    case COMMAND_UP:
+        return scene_.move(0, arrowStep);
+    case COMMAND_DOWN:
+        return scene_.move(0, -arrowStep);
     case COMMAND_METHOD:
         return scene_.nextMethod();
     case COMMAND_MAP:
