@@ -26,7 +26,7 @@ public:
 
     // A hidden window whose client area, which the picture fills, has the given size in pixels.
     Window(long width, long height, talxrend::Guard& failure, Events events);
-    ~Window();
+    ~Window() override;
 
     // The scene that is shown from now on.
     void attach(Scene* scene) { scene_ = scene; }
