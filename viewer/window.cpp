@@ -163,7 +163,7 @@ void Window::paint() {
     events_.changed();
 }
 
-void Window::drop(HDROP files) {
+void Window::drop(HDROP files) const {
     std::wstring path(DragQueryFileW(files, 0, nullptr, 0), L'\0');
     DragQueryFileW(files, 0, path.data(), static_cast<UINT>(path.size() + 1));
     DragFinish(files);

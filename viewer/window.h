@@ -47,7 +47,7 @@ private:
     LRESULT answer(UINT message, WPARAM wParam, LPARAM lParam) override;
     LRESULT answerFrame(UINT message, WPARAM wParam, LPARAM lParam);
     void paint();
-    void drop(HDROP files);
+    void drop(HDROP files) const;
     void mouseMoved(POINT to);
 
     talxrend::Guard& failure_;
