@@ -2,6 +2,8 @@
 // that stand for none. The buffer stays as it was, and everything is given back.
 #include "tests/images/painting.h"
 
+#include <set>
+
 namespace talx::test {
 namespace {
 
@@ -139,8 +141,17 @@ TEST_P(ImageFailures, DrawingOutlivesTheBufferThatItBeganWith) {
     }
 }
 
-// An image may draw another one while it is drawn, and come out smaller than it has said.
+// An image may draw another one while it is drawn, and come out smaller than it has said. The memory for
+// scaling is kept until the view is resized.
 TEST_P(ImageFailures, DrawingOutlivesWhatTheImageDoes) {
+    std::set<void*> kept;
+    ImportHook<"malloc", void*(std::size_t)> get(engineModule(), [&](std::size_t size) {
+        return size < 900 ? get.original(size) : *kept.insert(get.original(size)).first;
+    });
+    ImportHook<"free", void(void*)> giveBack(engineModule(), [&](void* memory) {
+        kept.erase(memory);
+        giveBack.original(memory);
+    });
     const ImageStore others;
     TwinImage outer(random, store, Kind::grey8, 20, 20), inner(random, others, Kind::grey8, 20, 20);
     TestImage& image = *outer.image;
@@ -153,6 +164,9 @@ TEST_P(ImageFailures, DrawingOutlivesWhatTheImageDoes) {
     EXPECT_TRUE(nested == drawn(ImageStep::never, 1.5, {}));
     const auto smaller = drawn(ImageStep::access, 1, [&] { image.width = 7; });
     EXPECT_TRUE(std::equal(smaller.begin() + 7, smaller.begin() + width, nested.begin() + 7));
+    const std::size_t before = kept.size();
+    engine->SetExtent(9, 9);
+    EXPECT_LT(kept.size(), before);
 }
 
 // What becomes of an array as a colour map, as the colours of an icon and as its transparencies.
