@@ -188,8 +188,8 @@ void drawIcon(CompositionBuffer& buffer, EngineState& state, ITalImage8Grey* ico
         return drawIconPixels(buffer, source, maps, placed.left, placed.top, clip);
     }
     if (buffer.format() == PixelFormat::Unspecified) {
-        const ImagePlanes planes(
-            source); // fails as it would be seen to fail elsewhere, but nothing is scaled
+        // It fails as it would be seen to fail elsewhere, but nothing is scaled.
+        const ImagePlanes planes(source);
         return;
     }
     const Scaling scaling{placed.left, placed.top, placement.scale, SamplingMethod::Nearest, false};
