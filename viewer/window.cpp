@@ -16,14 +16,16 @@ Window::Window(long width, long height, talxrend::Guard& failure, Events events)
     : NativeWindow(L"talview", WS_OVERLAPPEDWINDOW, {width, height}, failure), failure_(failure),
       events_(std::move(events)), status_(handle()) {
     DragAcceptFiles(handle(), TRUE);
-    // First the frame takes its room for the status line, then the client area gets its size.
-    constexpr UINT inPlace = SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE;
-    SetWindowPos(handle(), nullptr, 0, 0, 0, 0, inPlace | SWP_NOSIZE | SWP_FRAMECHANGED);
-    RECT frame{};
-    GetWindowRect(handle(), &frame);
-    const RECT inner = client();
-    SetWindowPos(handle(), nullptr, 0, 0, frame.right - frame.left + width - inner.right,
-                 frame.bottom - frame.top + height - inner.bottom, inPlace);
+    // What the frame takes is known only when there is room for all of it; the status line joins it at the
+    // first step.
+    for (int i = 0; i < 3; ++i) {
+        RECT frame{};
+        GetWindowRect(handle(), &frame);
+        const RECT inner = client();
+        SetWindowPos(handle(), nullptr, 0, 0, frame.right - frame.left + width - inner.right,
+                     frame.bottom - frame.top + height - inner.bottom,
+                     SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE | SWP_FRAMECHANGED);
+    }
 }
 
 Window::~Window() {
