@@ -1,7 +1,7 @@
 // talview: shows an image in a window through a render engine, or saves what it would show.
-#include "viewer/failure.h"
-#include "viewer/options.h"
-#include "viewer/save.h"
+#include "viewer/share/save.h"
+#include "viewer/view/failure.h"
+#include "viewer/view/options.h"
 #include "viewer/viewer.h"
 
 #include <cstdio>

@@ -15,14 +15,14 @@ std::wstring format(const wchar_t* pattern, Values... values) {
 }
 
 std::wstring valueAt(const Scene& scene, POINT view) {
-    const Image& image = *scene.image();
+    const Picture& image = scene.image()->picture();
     const Point place = scene.placement().toImage({view.x + 0.5, view.y + 0.5});
-    if (place.x < 0 || place.x >= image.width() || place.y < 0 || place.y >= image.height()) {
+    if (place.x < 0 || place.x >= image.width || place.y < 0 || place.y >= image.height) {
         return L"";
     }
     const long x = static_cast<long>(place.x);
     const long y = static_cast<long>(place.y);
-    return format(L"(%ld, %ld) = ", x, y) + image.valueText(x, y);
+    return format(L"(%ld, %ld) = ", x, y) + valueText(image, x, y);
 }
 
 } // namespace
@@ -33,12 +33,12 @@ std::vector<std::wstring> statusTexts(const Scene& scene, std::optional<POINT> p
         return {L"No picture: Ctrl+O opens one"};
     }
     const Options& options = scene.options();
-    const Image& image = *scene.image();
-    const bool isColor = image.kind() == ImageKind::color;
+    const Picture& image = scene.image()->picture();
+    const bool isColor = !image.hasMap();
     const Limits limits = scene.limits();
     return {
         pointer ? valueAt(scene, *pointer) : L"",
-        format(L"%ld\u00D7%ld ", image.width(), image.height()) + image.kindText(),
+        format(L"%ld\u00D7%ld ", image.width, image.height) + kindText(image),
         format(L"%.4g %%", scene.placement().scale() * 100) + (options.centre ? L" centre" : L" nearest"),
         isColor ? L"" : options.map->name + format(L" %g to %g", limits.low, limits.high),
         (options.directDraw ? L"DirectDraw" : L"GDI") + format(L", %d-bit screen", scene.screenBits()) +

@@ -1,7 +1,7 @@
 // What the status line says of a scene.
 #pragma once
 
-#include "viewer/scene.h"
+#include "viewer/scene/scene.h"
 
 #include <optional>
 #include <string>

@@ -2,11 +2,11 @@
 #include "viewer/viewer.h"
 
 #include "viewer/commands.h"
-#include "viewer/failure.h"
-#include "viewer/folder.h"
-#include "viewer/image_file.h"
+#include "viewer/files/folder.h"
+#include "viewer/files/image_file.h"
 #include "viewer/open_dialog.h"
 #include "viewer/status_text.h"
+#include "viewer/view/failure.h"
 
 #include <cstdio>
 #include <new>
@@ -32,16 +32,8 @@ std::optional<Image> load(const Options& options) {
     if (options.image.empty()) {
         return std::nullopt;
     }
-    return options.range ? loadRangeImage(options.image, options.mask)
-                         : loadImage(options.image, options.depth);
-}
-
-std::wstring wide(const std::string& text) {
-    const int size = static_cast<int>(text.size());
-    std::wstring characters(MultiByteToWideChar(CP_UTF8, 0, text.data(), size, nullptr, 0), L'\0');
-    MultiByteToWideChar(CP_UTF8, 0, text.data(), size, characters.data(),
-                        static_cast<int>(characters.size()));
-    return characters;
+    return Image(options.range ? loadRangeImage(options.image, options.mask)
+                               : loadImage(options.image, options.depth));
 }
 
 } // namespace

@@ -1,8 +1,8 @@
 // The program as a person uses it: a window, the scene in it, and the commands that change it.
 #pragma once
 
-#include "viewer/options.h"
-#include "viewer/scene.h"
+#include "viewer/scene/scene.h"
+#include "viewer/view/options.h"
 #include "viewer/window.h"
 
 namespace talview {

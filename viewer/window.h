@@ -6,7 +6,7 @@
 #pragma once
 
 #include "viewer/native_window.h"
-#include "viewer/scene.h"
+#include "viewer/scene/scene.h"
 #include "viewer/status_line.h"
 
 #include <shellapi.h>

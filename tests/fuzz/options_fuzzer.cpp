@@ -1,17 +1,12 @@
 // The viewer's command line, an argument on each line: whatever stands there, the options are usable or
 // refused.
-#include "viewer/failure.h"
-#include "viewer/options.h"
-#include "viewer/placement.h"
+#include "viewer/view/failure.h"
+#include "viewer/view/options.h"
+#include "viewer/view/placement.h"
 
 #include <cmath>
 #include <cstdlib>
 #include <sstream>
-
-// The viewer's own needs Windows.
-std::string talview::utf8(std::wstring_view text) {
-    return {text.begin(), text.end()};
-}
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using namespace talview;

@@ -1,8 +1,9 @@
 // Decoding with WIC.
-#include "viewer/image_file.h"
+#include "viewer/files/image_file.h"
 
-#include "viewer/failure.h"
+#include "viewer/view/failure.h"
 
+#include <talxrend.hpp>
 #include <wincodec.h>
 
 #include <algorithm>
@@ -18,7 +19,7 @@ using talxrend::ComPtr;
 
 // A decoded picture, rows without padding: 1 byte (grey), 2 bytes (16-bit grey) or 4 bytes (blue, green, red,
 // alpha) a pixel.
-struct Picture {
+struct Decoded {
     UINT width = 0;
     UINT height = 0;
     UINT pelBytes = 0;
@@ -51,7 +52,7 @@ bool hasGreyPalette(IWICImagingFactory* factory, IWICBitmapFrameDecode* frame) {
     throw Failure("cannot read " + utf8(path) + ": not a PNG, BMP, TIFF or JPEG picture, or a damaged one");
 }
 
-Picture decode(const std::wstring& path) {
+Decoded decode(const std::wstring& path) {
     const auto factory =
         talxrend::create<IWICImagingFactory>(CLSID_WICImagingFactory, notRegistered("windowscodecs.dll"));
     ComPtr<IWICBitmapDecoder> decoder;
@@ -61,7 +62,7 @@ Picture decode(const std::wstring& path) {
         check(opened, "cannot open " + utf8(path));
     }
     ComPtr<IWICBitmapFrameDecode> frame;
-    Picture picture;
+    Decoded picture;
     GUID format{};
     if (FAILED(opened) || FAILED(decoder->GetFrame(0, &frame)) || FAILED(frame->GetPixelFormat(&format)) ||
         FAILED(frame->GetSize(&picture.width, &picture.height))) {
@@ -104,63 +105,70 @@ Picture decode(const std::wstring& path) {
     return picture;
 }
 
-// Each pixel of one plane: a value made from the address of the picture's pixel.
+// Each pixel of a block: a value made from the address of the file's pixel.
 template <class Pel, class Convert>
-void fillPlane(const Image& image, long plane, const Picture& picture, Convert convert) {
-    const PlaneAccess access = image.access(plane, talPelAccessWrite);
-    for (long y = 0; y < image.height(); ++y) {
-        const BYTE* from = picture.row(y);
-        Pel* to = access.row<Pel>(y);
-        for (long x = 0; x < image.width(); ++x, from += picture.pelBytes) {
-            to[x] = convert(from);
-        }
+Block<Pel> filled(const Decoded& decoded, Convert convert) {
+    Block<Pel> block(static_cast<std::size_t>(decoded.width) * decoded.height);
+    for (std::size_t i = 0; i < block.size(); ++i) {
+        block[i] = convert(decoded.bits.data() + i * decoded.pelBytes);
     }
+    return block;
 }
 
 std::uint16_t word(const BYTE* pel) {
     return static_cast<std::uint16_t>(pel[0] | pel[1] << 8);
 }
 
-} // namespace
-
-Image loadImage(const std::wstring& path, int depth) {
-    const Picture picture = decode(path);
-    const ImageKind kind = picture.pelBytes == 2                   ? ImageKind::grey16
-                           : picture.pelBytes == 1 || picture.grey ? ImageKind::grey8
-                                                                   : ImageKind::color;
-    Image image(kind, picture.width, picture.height, false, depth);
-    if (kind == ImageKind::grey16) {
-        fillPlane<std::uint16_t>(image, 0, picture, word);
-    } else if (kind == ImageKind::grey8) {
-        fillPlane<std::uint8_t>(image, 0, picture, [](const BYTE* pel) { return *pel; });
-    } else {
-        for (long plane = 0; plane < 3; ++plane) {
-            fillPlane<std::uint8_t>(image, plane, picture, [=](const BYTE* pel) { return pel[2 - plane]; });
-        }
-    }
-    return image;
+Picture sized(const Decoded& decoded, PictureKind kind, int depth) {
+    Picture picture;
+    picture.kind = kind;
+    picture.width = static_cast<long>(decoded.width);
+    picture.height = static_cast<long>(decoded.height);
+    picture.depth = depth;
+    return picture;
 }
 
-Image loadRangeImage(const std::wstring& path, const std::wstring& maskPath) {
-    const Picture picture = decode(path);
-    if (picture.pelBytes != 2) {
+} // namespace
+
+Picture loadImage(const std::wstring& path, int depth) {
+    const Decoded decoded = decode(path);
+    if (decoded.pelBytes == 2) {
+        Picture picture = sized(decoded, PictureKind::grey16, depth);
+        picture.words = filled<std::uint16_t>(decoded, word);
+        return picture;
+    }
+    if (decoded.pelBytes == 1 || decoded.grey) {
+        Picture picture = sized(decoded, PictureKind::grey8, 8);
+        picture.bytes[0] = filled<std::uint8_t>(decoded, [](const BYTE* pel) { return *pel; });
+        return picture;
+    }
+    Picture picture = sized(decoded, PictureKind::color, 8);
+    for (int plane = 0; plane < 3; ++plane) {
+        picture.bytes[plane] = filled<std::uint8_t>(decoded, [=](const BYTE* pel) { return pel[2 - plane]; });
+    }
+    return picture;
+}
+
+Picture loadRangeImage(const std::wstring& path, const std::wstring& maskPath) {
+    const Decoded decoded = decode(path);
+    if (decoded.pelBytes != 2) {
         throw Failure(utf8(path) + " is not a 16-bit grey picture, so it holds no range values");
     }
-    Image image(ImageKind::range16, picture.width, picture.height, !maskPath.empty());
-    fillPlane<std::uint16_t>(image, 0, picture, word);
+    Picture picture = sized(decoded, PictureKind::range16, 16);
+    picture.words = filled<std::uint16_t>(decoded, word);
     if (!maskPath.empty()) {
-        const Picture mask = decode(maskPath);
-        if (mask.width != picture.width || mask.height != picture.height) {
+        const Decoded mask = decode(maskPath);
+        if (mask.width != decoded.width || mask.height != decoded.height) {
             throw Failure("the mask " + utf8(maskPath) + " has " + std::to_string(mask.width) + "x" +
                           std::to_string(mask.height) + " pixels, the image " +
-                          std::to_string(picture.width) + "x" + std::to_string(picture.height));
+                          std::to_string(decoded.width) + "x" + std::to_string(decoded.height));
         }
-        fillPlane<std::uint8_t>(image, 1, mask, [bytes = std::min(mask.pelBytes, 3u)](const BYTE* pel) {
+        picture.mask = filled<std::uint8_t>(mask, [bytes = std::min(mask.pelBytes, 3u)](const BYTE* pel) {
             const bool shows = std::any_of(pel, pel + bytes, [](BYTE byte) { return byte != 0; });
             return static_cast<std::uint8_t>(shows ? 255 : 0);
         });
     }
-    return image;
+    return picture;
 }
 
 } // namespace talview

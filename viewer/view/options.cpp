@@ -1,7 +1,7 @@
 // The command line.
-#include "viewer/options.h"
+#include "viewer/view/options.h"
 
-#include "viewer/failure.h"
+#include "viewer/view/failure.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,7 +1,8 @@
 // What the command line asks for. Nothing of Windows is needed to read it.
 #pragma once
 
-#include "viewer/color_maps.h"
+#include "viewer/view/color_maps.h"
+#include "viewer/view/geometry.h"
 
 #include <cstdint>
 #include <optional>
@@ -9,17 +10,6 @@
 #include <vector>
 
 namespace talview {
-
-struct Point {
-    double x = 0;
-    double y = 0;
-};
-
-// The image values that show the first and the last colour of the map.
-struct Limits {
-    double low = 0;
-    double high = 0;
-};
 
 struct Options {
     std::wstring image; // or a folder; empty: none yet

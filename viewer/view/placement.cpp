@@ -1,5 +1,5 @@
 // Placing the image.
-#include "viewer/placement.h"
+#include "viewer/view/placement.h"
 
 #include <algorithm>
 #include <cmath>

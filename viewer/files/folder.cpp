@@ -1,5 +1,5 @@
 // Listing and stepping.
-#include "viewer/folder.h"
+#include "viewer/files/folder.h"
 
 #include <windows.h>
 

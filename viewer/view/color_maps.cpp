@@ -1,5 +1,5 @@
 // The colours.
-#include "viewer/color_maps.h"
+#include "viewer/view/color_maps.h"
 
 #include <algorithm>
 #include <cmath>

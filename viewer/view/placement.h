@@ -1,7 +1,7 @@
 // Where the image lies in the window, and how zooming and dragging change that.
 #pragma once
 
-#include "viewer/options.h"
+#include "viewer/view/options.h"
 
 namespace talview {
 

@@ -1,5 +1,5 @@
 // Render target and its colours.
-#include "viewer/save.h"
+#include "viewer/share/save.h"
 
 #include <algorithm>
 #include <array>

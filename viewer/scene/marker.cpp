@@ -1,7 +1,7 @@
 // The marker's pixels.
-#include "viewer/marker.h"
+#include "viewer/scene/marker.h"
 
-#include "viewer/image.h"
+#include "viewer/files/image.h"
 
 #include <algorithm>
 #include <cmath>
@@ -33,15 +33,18 @@ double coverage(double distance, double radius, double halfWidth) {
 
 Marker::Marker(bool palettised)
     : colors_(std::vector<std::uint32_t>(256, color)), transparencies_(talview::transparencies(palettised)) {
-    const Image image(ImageKind::grey8, size, size);
-    const PlaneAccess access = image.access(0, talPelAccessWrite);
+    Picture picture;
+    picture.width = size;
+    picture.height = size;
+    picture.bytes[0] = Block<std::uint8_t>(static_cast<std::size_t>(size) * size);
     for (long y = 0; y < size; ++y) {
         for (long x = 0; x < size; ++x) {
             const double distance = std::hypot(x - size / 2, y - size / 2);
             const double share = std::max(coverage(distance, 9, 0.75), coverage(distance, 0, 1));
-            access.row<std::uint8_t>(y)[x] = static_cast<std::uint8_t>(std::lround(share * mostOpaque));
+            picture.bytes[0][picture.at(x, y)] = static_cast<std::uint8_t>(std::lround(share * mostOpaque));
         }
     }
+    const Image image(std::move(picture));
     talxrend::check(image.object()->QueryInterface(IID_PPV_ARGS(&icon_)), "the marker is not an icon");
 }
 

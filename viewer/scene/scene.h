@@ -3,10 +3,10 @@
 // Layer 0 is the background with the image, layer 1 the markers.
 #pragma once
 
-#include "viewer/image.h"
-#include "viewer/marker.h"
-#include "viewer/options.h"
-#include "viewer/placement.h"
+#include "viewer/files/image.h"
+#include "viewer/scene/marker.h"
+#include "viewer/view/options.h"
+#include "viewer/view/placement.h"
 
 #include <talxrend.hpp>
 
@@ -39,7 +39,7 @@ public:
     [[nodiscard]] int screenBits() const { return screenBits_; }
     // The screen has 256 colours, so that this image is not shown in its own.
     [[nodiscard]] bool isReduced() const {
-        return palettised_ && image_ && image_->kind() != ImageKind::grey8;
+        return palettised_ && image_ && image_->picture().kind != PictureKind::grey8;
     }
 
     // Each of these asks the system for a repaint of the window, and leaves the drawing to compose.

@@ -1,7 +1,7 @@
 // Saving what a scene shows.
 #pragma once
 
-#include "viewer/scene.h"
+#include "viewer/scene/scene.h"
 
 namespace talview {
 

@@ -1,7 +1,7 @@
 // Layers and the engine's requests to redraw them.
-#include "viewer/scene.h"
+#include "viewer/scene/scene.h"
 
-#include "viewer/failure.h"
+#include "viewer/view/failure.h"
 
 #include <algorithm>
 #include <cmath>
@@ -32,7 +32,8 @@ talxrend::ComPtr<ITalRenderEngine2> createEngine(bool directDraw) {
 
 Scene::Scene(HWND window, const Options& options, std::optional<Image> image)
     : window_(window), options_(options), image_(std::move(image)),
-      placement_(image_ ? image_->width() : 1, image_ ? image_->height() : 1, options.scale, options.at),
+      placement_(image_ ? image_->picture().width : 1, image_ ? image_->picture().height : 1, options.scale,
+                 options.at),
       screenBits_(screenCapability(window, BITSPIXEL) * screenCapability(window, PLANES)),
       palettised_((screenCapability(window, RASTERCAPS) & RC_PALETTE) != 0), marker_(palettised_),
       engine_(createEngine(options.directDraw), window, layerCount,
@@ -97,31 +98,30 @@ void Scene::setMethod() {
 }
 
 void Scene::setColorMap() {
-    if (!image_ || image_->kind() == ImageKind::color) {
+    if (!image_ || !image_->picture().hasMap()) {
         return;
     }
-    const std::uint32_t count = image_->valueCount();
+    const std::uint32_t count = image_->picture().valueCount();
     limits_ = options_.limits.value_or(Limits{0, count - 1.0});
     if (options_.autoLimits) {
-        const auto [low, high] = image_->valueLimits();
-        limits_ = {static_cast<double>(low), static_cast<double>(std::max(high, low + 1))};
+        limits_ = dataLimits(image_->picture());
     }
     const auto colors = colorTable(*options_.map, count, limits_.low, limits_.high);
-    switch (image_->kind()) {
-    case ImageKind::grey8:
+    switch (image_->picture().kind) {
+    case PictureKind::grey8:
         return engine_.put8GreyMap(colors);
-    case ImageKind::grey16:
+    case PictureKind::grey16:
         return engine_.put16GreyMap(colors);
-    case ImageKind::range16:
+    case PictureKind::range16:
         return engine_.put16RangeMap(colors);
-    case ImageKind::color:
+    case PictureKind::color:
         break;
     }
 }
 
 void Scene::setImage(Image image, bool keepMarkers) {
     image_ = std::move(image);
-    placement_.setImage(image_->width(), image_->height());
+    placement_.setImage(image_->picture().width, image_->picture().height);
     if (!keepMarkers) {
         options_.markers.clear();
     }
