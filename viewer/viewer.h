@@ -1,18 +1,26 @@
 // The program as a person uses it: a window, the scene in it, and the commands that change it.
 #pragma once
 
+#include "viewer/files/file_watch.h"
+#include "viewer/files/image.h"
+#include "viewer/files/reader.h"
 #include "viewer/scene/scene.h"
 #include "viewer/view/options.h"
+#include "viewer/view/view.h"
 #include "viewer/window.h"
+
+#include <memory>
 
 namespace talview {
 
-class Viewer {
+class Viewer final : WindowEvents {
 public:
-    // Reads the image, if there is one; the window is hidden still.
+    // The window is hidden still. With something to save or to hold, the picture is read before this returns,
+    // and what fails is thrown; otherwise it is read beside the window, which then tells what fails.
     explicit Viewer(const Options& options);
+    ~Viewer();
 
-    [[nodiscard]] Scene& scene() { return scene_; }
+    [[nodiscard]] Scene& scene() { return *scene_; }
 
     // Makes the window visible, and says on standard output where its picture is.
     void show();
@@ -20,19 +28,55 @@ public:
     void run(std::optional<double> seconds);
 
 private:
+    void command(int id) override;
+    void dropped(const std::wstring& path) override { open(path); }
+    void woken() override;
+    void paint(const RECT& uncovered) override;
+    void resized() override;
+    void paletteChanged() override;
+    void displayChanged() override;
+    void pressed(MouseButton button, POINT at, bool shift) override;
+    void moved(POINT to) override;
+    void left() override { updateStatus(); }
+    void released() override { input_.release(); }
+    void wheel(POINT at, double notches) override;
+
+    bool commandFile(int id);
+    bool commandPlace(int id);
+    bool commandContrast(int id);
+    bool commandOverlay(int id);
+
     // Shows a file, or the first picture of a folder. If it cannot be read, the status line says why and the
     // previous picture stays.
-    void open(const std::wstring& path);
+    void open(const std::wstring& path, unsigned frame = 0);
     void openNeighbour(int steps);
-    void command(int id);
+    void openFrame(int steps);
+    void reload();
+    void readingEnded(Reader::Result result);
+    void setPicture(const FileRequest& request, FilePicture file);
+
+    void makeScene(bool directDraw);
+    void draw(const RECT& uncovered);
+    // The view's state has changed: it is drawn, and told of, once no more messages wait.
+    void changed();
+    void tell(const std::wstring& message);
     void setTitle();
     void updateStatus();
 
-    Options options_;    // of the picture that is shown
-    std::wstring asked_; // the file that was to be shown last
+    Options options_;
+    FileRequest shown_;  // the file of the picture
+    FileRequest asked_;  // the file that was to be shown last
+    unsigned frames_ = 1;
     talxrend::Guard failure_;
+    std::optional<Image> image_;
+    View view_;
+    PointerInput input_;
     Window window_;
-    Scene scene_;
+    std::unique_ptr<Scene> scene_;
+    Reader reader_;
+    FileWatch watch_;
+    double drawingMilliseconds_ = 0; // the last time
+    long drawings_ = 0;
 };
 
 } // namespace talview

@@ -1,4 +1,4 @@
-// Window messages into calls of the scene.
+// Window messages into events.
 #include "viewer/window.h"
 
 #include "viewer/commands.h"
@@ -7,17 +7,29 @@
 #include <windowsx.h>
 
 #include <algorithm>
-#include <chrono>
 #include <cmath>
 
 namespace talview {
+namespace {
 
-Window::Window(long width, long height, talxrend::Guard& failure, Events events)
+constexpr UINT wakeMessage = WM_APP;
+
+} // namespace
+
+Window::Window(long width, long height, talxrend::Guard& failure)
     : NativeWindow(L"talview", WS_OVERLAPPEDWINDOW, {width, height}, failure), failure_(failure),
-      events_(std::move(events)), status_(handle()) {
+      status_(handle()) {
     DragAcceptFiles(handle(), TRUE);
-    // What the frame takes is known only when there is room for all of it; the status line joins it at the
-    // first step.
+    setClientSize(width, height);
+}
+
+Window::~Window() {
+    detach();
+}
+
+// What the frame takes is known only when there is room for all of it; the status line joins it at the first
+// step.
+void Window::setClientSize(long width, long height) {
     for (int i = 0; i < 3; ++i) {
         RECT frame{};
         GetWindowRect(handle(), &frame);
@@ -28,14 +40,14 @@ Window::Window(long width, long height, talxrend::Guard& failure, Events events)
     }
 }
 
-Window::~Window() {
-    detach();
-}
-
 void Window::show() {
     ShowWindow(handle(), SW_SHOWNORMAL);
     UpdateWindow(handle());
     run(0.2); // the system puts a new window on the screen in its own time
+}
+
+void Window::wake() const {
+    PostMessageW(handle(), wakeMessage, 0, 0);
 }
 
 void Window::run(std::optional<double> seconds) {
@@ -69,61 +81,126 @@ std::optional<POINT> Window::pointer() const {
     return PtInRect(&inner, at) ? std::optional(at) : std::nullopt;
 }
 
+void Window::setFullScreen(bool isFull) {
+    if (isFull == isFullScreen_) {
+        return;
+    }
+    const auto style = [&](LONG_PTR bits) {
+        SetWindowLongPtrW(handle(), GWL_STYLE, bits | (IsWindowVisible(handle()) ? WS_VISIBLE : 0));
+    };
+    isFullScreen_ = isFull;
+    if (isFull) {
+        windowed_.length = sizeof windowed_;
+        GetWindowPlacement(handle(), &windowed_);
+        menu_ = GetMenu(handle());
+        SetMenu(handle(), nullptr);
+        style(WS_POPUP);
+        MONITORINFO monitor{};
+        monitor.cbSize = sizeof monitor;
+        GetMonitorInfoW(MonitorFromWindow(handle(), MONITOR_DEFAULTTONEAREST), &monitor);
+        const RECT& all = monitor.rcMonitor;
+        SetWindowPos(handle(), HWND_TOP, all.left, all.top, all.right - all.left, all.bottom - all.top,
+                     SWP_FRAMECHANGED);
+    } else {
+        style(WS_OVERLAPPEDWINDOW);
+        SetMenu(handle(), menu_);
+        SetWindowPlacement(handle(), &windowed_);
+        SetWindowPos(handle(), nullptr, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE | SWP_NOZORDER | SWP_FRAMECHANGED);
+    }
+}
+
 LRESULT Window::answer(UINT message, WPARAM wParam, LPARAM lParam) {
     if (message == WM_CLOSE) {
         PostQuitMessage(0);
         return 0;
     }
-    if (!scene_) {
+    if (!events_) {
         return answerFrame(message, wParam, lParam);
     }
-    POINT point{GET_X_LPARAM(lParam), GET_Y_LPARAM(lParam)};
+    if (message >= WM_MOUSEFIRST && message <= WM_MOUSELAST) {
+        return answerMouse(message, wParam, {GET_X_LPARAM(lParam), GET_Y_LPARAM(lParam)});
+    }
     switch (message) {
     case WM_PAINT:
         paint();
         return 0;
     case WM_SIZE:
-        scene_->resize();
+        events_->resized();
         return 0;
     case WM_MOVE:
     case WM_MOUSELEAVE:
-        events_.changed();
+        if (const auto at = pointer()) {
+            events_->moved(*at);
+        } else {
+            events_->left();
+        }
+        return 0;
+    case WM_CAPTURECHANGED:
+        events_->released();
         return 0;
     case WM_COMMAND:
-        events_.command(LOWORD(wParam));
+        events_->command(LOWORD(wParam));
         return 0;
     case WM_DROPFILES:
         drop(reinterpret_cast<HDROP>(wParam));
         return 0;
+    case wakeMessage:
+        events_->woken();
+        return 0;
     case WM_QUERYNEWPALETTE:
-        scene_->paletteChanged();
+        events_->paletteChanged();
         return TRUE;
     case WM_PALETTECHANGED:
         if (reinterpret_cast<HWND>(wParam) != handle()) {
-            scene_->paletteChanged();
+            events_->paletteChanged();
         }
         return 0;
-    case WM_MOUSEWHEEL:
-        status_.tell(L"");
-        ScreenToClient(handle(), &point);
-        scene_->zoomAbout(point, std::pow(zoomStep, GET_WHEEL_DELTA_WPARAM(wParam) / double{WHEEL_DELTA}));
+    case WM_DISPLAYCHANGE:
+        events_->displayChanged();
         return 0;
-    case WM_LBUTTONDOWN:
-        status_.tell(L"");
-        SetCapture(handle());
-        dragged_ = point;
-        return 0;
-    case WM_LBUTTONUP:
-        ReleaseCapture();
-        return 0;
-    case WM_CAPTURECHANGED:
-        dragged_.reset();
-        return 0;
-    case WM_MOUSEMOVE:
-        mouseMoved(point);
+    case WM_DPICHANGED:
+        changeDpi(*reinterpret_cast<const RECT*>(lParam));
         return 0;
     }
     return answerFrame(message, wParam, lParam);
+}
+
+LRESULT Window::answerMouse(UINT message, WPARAM wParam, POINT at) {
+    switch (message) {
+    case WM_LBUTTONDOWN:
+        press(MouseButton::left, wParam, at);
+        break;
+    case WM_MBUTTONDOWN:
+        press(MouseButton::middle, wParam, at);
+        break;
+    case WM_RBUTTONDOWN:
+        press(MouseButton::right, wParam, at);
+        break;
+    case WM_LBUTTONUP:
+    case WM_MBUTTONUP:
+    case WM_RBUTTONUP:
+        ReleaseCapture();
+        break;
+    case WM_MOUSEWHEEL:
+        ScreenToClient(handle(), &at);
+        events_->wheel(at, GET_WHEEL_DELTA_WPARAM(wParam) / double{WHEEL_DELTA});
+        break;
+    case WM_MOUSEMOVE:
+        moveTo(at);
+        break;
+    }
+    return 0;
+}
+
+void Window::press(MouseButton button, WPARAM keys, POINT at) {
+    SetCapture(handle());
+    events_->pressed(button, at, (keys & MK_SHIFT) != 0);
+}
+
+void Window::moveTo(POINT at) {
+    TRACKMOUSEEVENT leaving{sizeof leaving, TME_LEAVE, handle(), 0};
+    TrackMouseEvent(&leaving);
+    events_->moved(at);
 }
 
 // The status line is part of the frame, as a menu is, and not a child window: Wine shows nothing that
@@ -133,6 +210,9 @@ LRESULT Window::answerFrame(UINT message, WPARAM wParam, LPARAM lParam) {
         return 1;
     }
     const LRESULT result = DefWindowProcW(handle(), message, wParam, lParam);
+    if (isFullScreen_) {
+        return result;
+    }
     switch (message) {
     case WM_NCCALCSIZE: {
         RECT& inner = *reinterpret_cast<RECT*>(lParam); // of both structures that it may be
@@ -152,35 +232,22 @@ void Window::paint() {
     PAINTSTRUCT paint;
     BeginPaint(handle(), &paint);
     EndPaint(handle(), &paint);
-    using Clock = std::chrono::steady_clock;
-    const auto start = Clock::now();
-    if (scene_->compose()) {
-        scene_->refresh(scene_->extent());
-        drawingMilliseconds_ = std::chrono::duration<double, std::milli>(Clock::now() - start).count();
-        ++drawings_;
-    } else {
-        scene_->refresh(paint.rcPaint);
-    }
-    events_.changed();
+    events_->paint(paint.rcPaint);
 }
 
-void Window::drop(HDROP files) const {
+void Window::drop(HDROP files) {
     std::wstring path(DragQueryFileW(files, 0, nullptr, 0), L'\0');
     DragQueryFileW(files, 0, path.data(), static_cast<UINT>(path.size() + 1));
     DragFinish(files);
     if (!path.empty()) {
-        events_.dropped(path);
+        events_->dropped(path);
     }
 }
 
-void Window::mouseMoved(POINT to) {
-    if (dragged_) {
-        scene_->move(to.x - dragged_->x, to.y - dragged_->y);
-        dragged_ = to;
-    }
-    TRACKMOUSEEVENT leaving{sizeof leaving, TME_LEAVE, handle(), 0};
-    TrackMouseEvent(&leaving);
-    events_.changed();
+void Window::changeDpi(const RECT& proposed) {
+    status_ = StatusLine(handle());
+    SetWindowPos(handle(), nullptr, proposed.left, proposed.top, proposed.right - proposed.left,
+                 proposed.bottom - proposed.top, SWP_NOZORDER | SWP_NOACTIVATE | SWP_FRAMECHANGED);
 }
 
 } // namespace talview

@@ -1,62 +1,63 @@
-// The window that shows a scene, with a status line below the picture, and its messages.
+// The window that shows the picture, with a status line below it, and its messages.
 //
-// Wheel and mouse only change where the scene's image lies. The scene is drawn when the system asks for a
-// repaint, which it does when no more messages wait: so steps that come faster than they can be drawn are
-// drawn together.
+// Input only changes the state of the view. What is damaged is drawn when the system asks for a repaint,
+// which it does when no more messages wait: so steps that come faster than they can be drawn are drawn
+// together.
 #pragma once
 
 #include "viewer/native_window.h"
-#include "viewer/scene/scene.h"
 #include "viewer/status_line.h"
+#include "viewer/window_events.h"
 
 #include <shellapi.h>
 
-#include <functional>
 #include <optional>
 
 namespace talview {
 
 class Window final : public NativeWindow {
 public:
-    struct Events {
-        std::function<void(const std::wstring& path)> dropped; // a file on the window
-        std::function<void(int)> command;                      // one of commands.h, by its key
-        std::function<void()> changed; // something has been drawn, or the pointer has moved
-    };
-
     // A hidden window whose client area, which the picture fills, has the given size in pixels.
-    Window(long width, long height, talxrend::Guard& failure, Events events);
+    Window(long width, long height, talxrend::Guard& failure);
     ~Window() override;
 
-    // The scene that is shown from now on.
-    void attach(Scene* scene) { scene_ = scene; }
+    // Whom the window tells what happens from now on; null: nobody.
+    void attach(WindowEvents* events) { events_ = events; }
     [[nodiscard]] StatusLine& status() { return status_; }
 
-    // Makes the window visible, painted by the scene, and returns once it is.
+    // Makes the window visible, painted, and returns once it is.
     void show();
     // Handles messages until the window is closed, the time is over or one failed. Throws its failure.
     void run(std::optional<double> seconds);
+    // Asks for WindowEvents::paint, once no other message waits.
+    void invalidate() const { InvalidateRect(handle(), nullptr, FALSE); }
+    // Asks for WindowEvents::woken; from any thread.
+    void wake() const;
+
+    // The picture alone, on the whole of its monitor.
+    void setFullScreen(bool isFull);
+    [[nodiscard]] bool isFullScreen() const { return isFullScreen_; }
 
     // Where the pointer is, in pixels of the view; none if it is elsewhere.
     [[nodiscard]] std::optional<POINT> pointer() const;
-    // What the last drawing of the whole scene took, and how many there have been.
-    [[nodiscard]] double drawingMilliseconds() const { return drawingMilliseconds_; }
-    [[nodiscard]] long drawings() const { return drawings_; }
 
 private:
     LRESULT answer(UINT message, WPARAM wParam, LPARAM lParam) override;
+    LRESULT answerMouse(UINT message, WPARAM wParam, POINT at);
     LRESULT answerFrame(UINT message, WPARAM wParam, LPARAM lParam);
+    void setClientSize(long width, long height);
+    void press(MouseButton button, WPARAM keys, POINT at);
+    void moveTo(POINT at);
     void paint();
-    void drop(HDROP files) const;
-    void mouseMoved(POINT to);
+    void drop(HDROP files);
+    void changeDpi(const RECT& proposed);
 
     talxrend::Guard& failure_;
-    Events events_;
+    WindowEvents* events_ = nullptr;
     StatusLine status_;
-    Scene* scene_ = nullptr;
-    std::optional<POINT> dragged_; // where the pointer was while the left button is down
-    double drawingMilliseconds_ = 0;
-    long drawings_ = 0;
+    bool isFullScreen_ = false;
+    WINDOWPLACEMENT windowed_{}; // where it is when it is not on the whole screen
+    HMENU menu_ = nullptr;       // meanwhile; the window's own
     bool closed_ = false;
 };
 

@@ -3,8 +3,7 @@
 
 #include "viewer/view/failure.h"
 
-#include <algorithm>
-#include <cmath>
+#include <cstdlib>
 #include <utility>
 
 namespace talview {
@@ -12,7 +11,7 @@ namespace {
 
 // Markers come last and together: an engine that blends them by Direct3D reads its whole surface back before
 // the next image.
-enum Layer : long { imageLayer, markerLayer, layerCount };
+enum Layer : long { imageLayer, overlayLayer, markerLayer, layerCount };
 
 constexpr COLORREF backgroundColor = RGB(40, 44, 52);
 
@@ -30,84 +29,143 @@ talxrend::ComPtr<ITalRenderEngine2> createEngine(bool directDraw) {
 
 } // namespace
 
-Scene::Scene(HWND window, const Options& options, std::optional<Image> image)
-    : window_(window), options_(options), image_(std::move(image)),
-      placement_(image_ ? image_->picture().width : 1, image_ ? image_->picture().height : 1, options.scale,
-                 options.at),
+Scene::Scene(HWND window, View& view, bool directDraw)
+    : window_(window), view_(view),
       screenBits_(screenCapability(window, BITSPIXEL) * screenCapability(window, PLANES)),
       palettised_((screenCapability(window, RASTERCAPS) & RC_PALETTE) != 0), marker_(palettised_),
-      engine_(createEngine(options.directDraw), window, layerCount,
+      engine_(createEngine(directDraw), window, layerCount,
               [this](long layer, const RECT& rect) { drawLayer(layer, rect); }) {
-    setExtent();
-    engine_.check(engine_->put_VisiblePixelMaskEnable(VARIANT_TRUE), "VisiblePixelMaskEnable");
-    engine_.check(engine_->put_VisiblePixelMaskColor(options.maskColor), "VisiblePixelMaskColor");
-    setMethod();
-    setColorMap();
+    const RECT extent = engine_.extent();
+    view_.resize(extent.right, extent.bottom);
+    applyMasking();
 }
 
-void Scene::setExtent() {
-    const RECT view = engine_.extent();
-    width_ = view.right;
-    height_ = view.bottom;
-    placement_.resize(width_, height_);
+void Scene::setImage(talxrend::ComPtr<ITalImage> image) {
+    image_ = std::move(image);
+    coloredPicture_ = nullptr; // another may have come to lie at its address
+}
+
+void Scene::resize() {
+    if (engine_.resize()) {
+        const RECT extent = engine_.extent();
+        view_.resize(extent.right, extent.bottom);
+    }
+}
+
+void Scene::paletteChanged() {
+    engine_.check(engine_->PaletteChange(), "PaletteChange");
+    view_.damage().addAll();
+}
+
+void Scene::showOverlays(bool shown) {
+    if (std::exchange(overlaysShown_, shown) != shown) {
+        view_.damage().addAll();
+    }
 }
 
 bool Scene::compose() {
-    if (!std::exchange(isChanged_, false)) {
+    Damage& damage = view_.damage();
+    const std::vector<Box> pinned = overlays_.pinned(overlayScene());
+    if (view_.overlays() != overlayState_) {
+        for (const auto* boxes : {&pinned_, &pinned}) {
+            for (const Box& box : *boxes) {
+                damage.add(box);
+            }
+        }
+    }
+    if (damage.isEmpty()) {
         return false;
     }
-    engine_.update(extent());
+    applyColoring();
+    applyMasking();
+    applyMethod();
+    const Repair repair = damage.take(pinned_, pinned);
+    overlayState_ = view_.overlays();
+    pinned_ = pinned;
+    moveDrawn(repair.dx, repair.dy);
+    for (const Box& box : repair.boxes) {
+        engine_.update(redrawn(box));
+    }
     return true;
 }
 
-void Scene::changed() {
-    isChanged_ = true;
-    InvalidateRect(window_, nullptr, FALSE);
+RECT Scene::imageRect() const {
+    const Placement& placement = view_.placement();
+    return talxrend::coveredBy({placement.imageWidth(), placement.imageHeight()},
+                               {placement.left(), placement.top()}, placement.scale());
+}
+
+// With the centre-aligned method, what is needed beside a box so that it shows what the whole would.
+RECT Scene::redrawn(const Box& box) const {
+    const RECT rect = rectOf(box);
+    const bool isWhole = !image_ || !view_.isCentre() || view_.placement().scale() == 1;
+    return isWhole ? rect : talxrend::alignedPart(rect, imageRect(), extent());
+}
+
+void Scene::moveDrawn(long dx, long dy) const {
+    if (dx == 0 && dy == 0) {
+        return;
+    }
+    const RECT view = extent();
+    talxrend::DrawContext dc(engine_, imageLayer, view);
+    BitBlt(dc, std::max(dx, 0L), std::max(dy, 0L), view.right - std::abs(dx), view.bottom - std::abs(dy), dc,
+           std::max(-dx, 0L), std::max(-dy, 0L), SRCCOPY);
+    dc.end();
 }
 
 void Scene::drawLayer(long layer, const RECT& rect) {
     switch (layer) {
     case imageLayer:
         return drawImage(rect);
+    case overlayLayer:
+        return overlaysShown_ ? overlays_.draw(engine_, overlayLayer, rect, overlayScene()) : void();
     case markerLayer:
-        return drawMarkers(rect);
+        return overlaysShown_ && !view_.overlays().help ? drawMarkers(rect) : void();
     }
 }
 
 void Scene::drawImage(const RECT& rect) {
-    engine_.fill(imageLayer, rect, backgroundColor);
-    if (!image_) {
-        return;
+    // The centre-aligned method draws nothing of fewer than three columns or rows, and a screen of 256 colours
+    // shows 8-bit grey images only.
+    RECT covered;
+    const RECT place = imageRect();
+    IntersectRect(&covered, &rect, &place);
+    if (!image_ || isReduced() || view_.isCentre() || !EqualRect(&covered, &rect)) {
+        engine_.fill(imageLayer, rect, backgroundColor);
     }
-    engine_.drawImage(imageLayer, image_->object(), {placement_.left(), placement_.top()}, placement_.scale(),
-                      rect);
+    if (image_) {
+        const Placement& placement = view_.placement();
+        engine_.drawImage(imageLayer, image_.Get(), {placement.left(), placement.top()}, placement.scale(), rect);
+    }
 }
 
 void Scene::drawMarkers(const RECT& rect) {
-    constexpr long half = Marker::size / 2; // beside the middle pixel
-    for (const Point& place : options_.markers) {
-        const Point middle = placement_.toView({place.x + 0.5, place.y + 0.5});
-        engine_.drawIcon(markerLayer, marker_.icon(), marker_.colors(), marker_.transparencies(),
-                         std::floor(middle.x) - half, std::floor(middle.y) - half, 1, rect);
+    for (const Point& place : view_.markers()) {
+        const RECT box = rectOf(view_.markerBox(place));
+        RECT part;
+        if (IntersectRect(&part, &box, &rect)) {
+            engine_.drawIcon(markerLayer, marker_.icon(), marker_.colors(), marker_.transparencies(), box.left,
+                             box.top, 1, rect);
+        }
     }
 }
 
-void Scene::setMethod() {
-    engine_.putScalingMethod(options_.centre ? talRenderEngineScalingMethodBilinearInterpolation
-                                             : talRenderEngineScalingMethodNoInterpolation);
+OverlayScene Scene::overlayScene() const {
+    return {view_, extent()};
 }
 
-void Scene::setColorMap() {
-    if (!image_ || !image_->picture().hasMap()) {
+void Scene::applyColoring() {
+    const Picture* picture = view_.picture();
+    if (coloredPicture_ == picture && coloring_ == view_.coloring()) {
         return;
     }
-    const std::uint32_t count = image_->picture().valueCount();
-    limits_ = options_.limits.value_or(Limits{0, count - 1.0});
-    if (options_.autoLimits) {
-        limits_ = dataLimits(image_->picture());
+    coloredPicture_ = picture;
+    coloring_ = view_.coloring();
+    if (!picture || !picture->hasMap()) {
+        return;
     }
-    const auto colors = colorTable(*options_.map, count, limits_.low, limits_.high);
-    switch (image_->picture().kind) {
+    const auto colors = colorTable(*coloring_.map, picture->valueCount(), coloring_.limits, coloring_.flags);
+    switch (picture->kind) {
     case PictureKind::grey8:
         return engine_.put8GreyMap(colors);
     case PictureKind::grey16:
@@ -119,59 +177,18 @@ void Scene::setColorMap() {
     }
 }
 
-void Scene::setImage(Image image, bool keepMarkers) {
-    image_ = std::move(image);
-    placement_.setImage(image_->picture().width, image_->picture().height);
-    if (!keepMarkers) {
-        options_.markers.clear();
+void Scene::applyMasking() {
+    masking_ = view_.masking();
+    engine_.check(engine_->put_VisiblePixelMaskEnable(masking_.isOn ? VARIANT_TRUE : VARIANT_FALSE),
+                  "VisiblePixelMaskEnable");
+    engine_.check(engine_->put_VisiblePixelMaskColor(masking_.color), "VisiblePixelMaskColor");
+}
+
+void Scene::applyMethod() {
+    if (std::exchange(isCentre_, view_.isCentre()) != view_.isCentre()) {
+        engine_.putScalingMethod(isCentre_ ? talRenderEngineScalingMethodBilinearInterpolation
+                                           : talRenderEngineScalingMethodNoInterpolation);
     }
-    setColorMap();
-    changed();
-}
-
-void Scene::resize() {
-    if (engine_.resize()) {
-        setExtent();
-        changed();
-    }
-}
-
-void Scene::paletteChanged() {
-    engine_.check(engine_->PaletteChange(), "PaletteChange");
-    changed();
-}
-
-void Scene::fit() {
-    placement_.fit();
-    changed();
-}
-
-void Scene::zoomAbout(POINT view, double factor) {
-    placement_.zoomAbout({static_cast<double>(view.x), static_cast<double>(view.y)}, factor);
-    changed();
-}
-
-void Scene::zoomTo(POINT view, double scale) {
-    placement_.zoomTo({static_cast<double>(view.x), static_cast<double>(view.y)}, scale);
-    changed();
-}
-
-void Scene::move(long dx, long dy) {
-    placement_.move({static_cast<double>(dx), static_cast<double>(dy)});
-    changed();
-}
-
-void Scene::nextMap() {
-    const auto& maps = colorMaps();
-    options_.map = options_.map == &maps.back() ? maps.data() : options_.map + 1;
-    setColorMap();
-    changed();
-}
-
-void Scene::nextMethod() {
-    options_.centre = !options_.centre;
-    setMethod();
-    changed();
 }
 
 } // namespace talview

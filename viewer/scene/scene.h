@@ -1,81 +1,81 @@
 // The owner of a render engine: it numbers the layers, draws them, and redraws them when the engine asks.
 //
-// Layer 0 is the background with the image, layer 1 the markers.
+// Layer 0 is the background with the image, layer 1 the overlays, layer 2 the markers.
 #pragma once
 
-#include "viewer/files/image.h"
 #include "viewer/scene/marker.h"
-#include "viewer/view/options.h"
-#include "viewer/view/placement.h"
+#include "viewer/scene/overlays.h"
+#include "viewer/view/view.h"
 
 #include <talxrend.hpp>
-
-#include <optional>
 
 namespace talview {
 
 class Scene {
 public:
-    // Creates the engine for the window, which must outlive the scene.
-    Scene(HWND window, const Options& options, std::optional<Image> image);
+    // Creates the engine for the window. Window and view must outlive the scene.
+    Scene(HWND window, View& view, bool directDraw);
     Scene(const Scene&) = delete;
     Scene& operator=(const Scene&) = delete;
 
     [[nodiscard]] const talxrend::Engine& engine() const { return engine_; }
+    [[nodiscard]] View& view() const { return view_; }
+    [[nodiscard]] bool isDirectDraw() const { return !engine_.targets(); }
     // The whole view.
-    [[nodiscard]] RECT extent() const { return {0, 0, width_, height_}; }
+    [[nodiscard]] RECT extent() const { return rectOf(view_.extent()); }
+    // Bits of a pixel of the screen.
+    [[nodiscard]] int screenBits() const { return screenBits_; }
+    // The screen has 256 colours, so that the picture is not shown in its own.
+    [[nodiscard]] bool isReduced() const {
+        return palettised_ && view_.picture() && view_.picture()->kind != PictureKind::grey8;
+    }
 
-    // Draws everything anew if something has changed since the last time, and says whether it had.
+    // The image object of the view's picture; null: none.
+    void setImage(talxrend::ComPtr<ITalImage> image);
+    // Gives engine and view the size of the window; both stay as they are while it has none.
+    void resize();
+    void paletteChanged();
+
+    // Draws what of the view is damaged, and says whether anything was.
     bool compose();
     // Copies a rectangle of the composed picture to the screen or to the engine's render target.
     void refresh(const RECT& rect) const { engine_.show(rect); }
 
-    [[nodiscard]] const Options& options() const { return options_; }
-    [[nodiscard]] const std::optional<Image>& image() const { return image_; }
-    [[nodiscard]] const Placement& placement() const { return placement_; }
-    // The image values that have the map's first and last colour.
-    [[nodiscard]] Limits limits() const { return limits_; }
-    // Bits of a pixel of the screen.
-    [[nodiscard]] int screenBits() const { return screenBits_; }
-    // The screen has 256 colours, so that this image is not shown in its own.
-    [[nodiscard]] bool isReduced() const {
-        return palettised_ && image_ && image_->picture().kind != PictureKind::grey8;
-    }
+    // Draws the view without overlays and markers, or with them.
+    void showOverlays(bool shown);
 
-    // Each of these asks the system for a repaint of the window, and leaves the drawing to compose.
-    // keepMarkers: it is the same one, read again.
-    void setImage(Image image, bool keepMarkers);
-    void resize(); // the window has another size
-    void paletteChanged();
-    void fit();
-    void zoomAbout(POINT view, double factor);
-    void zoomTo(POINT view, double scale);
-    void move(long dx, long dy);
-    void nextMap();
-    void nextMethod();
+    [[nodiscard]] static RECT rectOf(const Box& box) { return {box.left, box.top, box.right, box.bottom}; }
 
 private:
     void drawLayer(long layer, const RECT& rect);
     void drawImage(const RECT& rect);
     void drawMarkers(const RECT& rect);
 
-    void changed();
-    void setExtent();
-    void setMethod();
-    void setColorMap();
+    void applyColoring();
+    void applyMasking();
+    void applyMethod();
+    void moveDrawn(long dx, long dy) const;
+    [[nodiscard]] OverlayScene overlayScene() const;
+    [[nodiscard]] RECT redrawn(const Box& box) const;
+    [[nodiscard]] RECT imageRect() const;
 
     HWND window_;
-    Options options_;
-    std::optional<Image> image_;
-    Placement placement_;
+    View& view_;
+    talxrend::ComPtr<ITalImage> image_;
     int screenBits_;
     bool palettised_; // the screen has 256 colours
+    bool overlaysShown_ = true;
     Marker marker_;
+    Overlays overlays_;
     talxrend::Engine engine_;
-    long width_ = 0;
-    long height_ = 0;
-    Limits limits_;
-    bool isChanged_ = true;
+
+    // What the engine has been given, or has drawn.
+    const Picture* coloredPicture_ = nullptr;
+    Coloring coloring_;
+    Masking masking_;
+    bool isCentre_ = false;
+    OverlayState overlayState_;
+    std::vector<Box> pinned_;
 };
 
 } // namespace talview

@@ -6,6 +6,19 @@ namespace talview {
 struct Point {
     double x = 0;
     double y = 0;
+    friend bool operator==(const Point&, const Point&) = default;
+};
+
+// Column and row of a picture, from 0.
+struct Pixel {
+    long x = 0;
+    long y = 0;
+};
+
+struct Line {
+    Point from;
+    Point to;
+    friend bool operator==(const Line&, const Line&) = default;
 };
 
 // Right and bottom lie outside.

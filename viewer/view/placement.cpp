@@ -22,6 +22,12 @@ void Placement::resize(long width, long height) {
     place();
 }
 
+void Placement::begin(long width, long height) {
+    imageWidth_ = width;
+    imageHeight_ = height;
+    place();
+}
+
 void Placement::setImage(long width, long height) {
     if (width != imageWidth_ || height != imageHeight_) {
         imageWidth_ = width;
@@ -42,6 +48,12 @@ void Placement::zoomTo(Point view, double scale) {
     wantedScale_ = std::clamp(scale, std::min(1.0 / 32, scale_), std::max(64.0, scale_));
     const double change = *wantedScale_ / scale_;
     wantedAt_ = Point{view.x - (view.x - at_.x) * change, view.y - (view.y - at_.y) * change};
+    place();
+}
+
+void Placement::center() {
+    wantedScale_ = scale_;
+    wantedAt_.reset();
     place();
 }
 

@@ -10,9 +10,10 @@ constexpr double zoomStep = 1.25; // of one notch of the wheel
 class Placement {
 public:
     // scale: none to fit the window. at: view position of the image's top left corner, none for the middle.
-    Placement(long imageWidth, long imageHeight, std::optional<double> scale, std::optional<Point> at)
-        : imageWidth_(imageWidth), imageHeight_(imageHeight), wantedScale_(scale), wantedAt_(at) {}
+    Placement(std::optional<double> scale, std::optional<Point> at) : wantedScale_(scale), wantedAt_(at) {}
 
+    // The first image: it lies as the constructor was told.
+    void begin(long width, long height);
     // Another image: it fits the window unless it has the size of the one before.
     void setImage(long width, long height);
     // The window has a new size: an image that fits or lies in the middle does so again.
@@ -21,6 +22,10 @@ public:
     void zoomAbout(Point view, double factor) { zoomTo(view, scale_ * factor); }
     void zoomTo(Point view, double scale);
     void move(Point by);
+    void center(); // at the scale that it has
+
+    [[nodiscard]] long imageWidth() const { return imageWidth_; }
+    [[nodiscard]] long imageHeight() const { return imageHeight_; }
 
     [[nodiscard]] double scale() const { return scale_; }
     [[nodiscard]] long left() const { return left_; }
@@ -35,8 +40,8 @@ public:
 private:
     void place();
 
-    long imageWidth_;
-    long imageHeight_;
+    long imageWidth_ = 1;
+    long imageHeight_ = 1;
     std::optional<double> wantedScale_;
     std::optional<Point> wantedAt_;
     long width_ = 1; // of the window

@@ -1,0 +1,220 @@
+// What each command does, and what the menu shows of it.
+#include "viewer/commands.h"
+
+#include "viewer/about.h"
+#include "viewer/file_dialogs.h"
+#include "viewer/files/markers_file.h"
+#include "viewer/share/clipboard.h"
+#include "viewer/share/print.h"
+#include "viewer/share/save.h"
+#include "viewer/view/contrast.h"
+#include "viewer/view/failure.h"
+#include "viewer/viewer.h"
+
+namespace talview {
+namespace {
+
+constexpr long arrowStep = 40; // pixels of the view
+
+} // namespace
+
+void Viewer::command(int id) {
+    window_.status().tell(L"");
+    try {
+        if (!commandFile(id) && !commandPlace(id) && !commandContrast(id) && !commandOverlay(id)) {
+            commandMarker(id);
+        }
+    } catch (const std::runtime_error& failure) {
+        tell(wide(failure.what()));
+    }
+    changed();
+}
+
+bool Viewer::commandFile(int id) {
+    switch (id) {
+    case COMMAND_OPEN:
+        if (const std::wstring path = askForPicture(window_.handle(), asked_.path); !path.empty()) {
+            open(path);
+        }
+        return true;
+    case COMMAND_RELOAD:
+        reload();
+        return true;
+    case COMMAND_NEXT:
+        openNeighbour(1);
+        return true;
+    case COMMAND_PREVIOUS:
+        openNeighbour(-1);
+        return true;
+    case COMMAND_NEXT_FRAME:
+        openFrame(1);
+        return true;
+    case COMMAND_PREVIOUS_FRAME:
+        openFrame(-1);
+        return true;
+    case COMMAND_SAVE:
+        if (const std::wstring path = askForSaveName(window_.handle(), shown_.path); !path.empty()) {
+            save(*scene_, talRenderTargetFormatUnspecified, path);
+            tell(L"saved " + path);
+        }
+        return true;
+    case COMMAND_COPY:
+        copyPicture(*scene_, window_.handle());
+        tell(L"copied the picture");
+        return true;
+    case COMMAND_COPY_VALUE:
+        if (const auto text = valueUnderPointer(); !text.empty()) {
+            copyText(text, window_.handle());
+            tell(L"copied " + text);
+        }
+        return true;
+    case COMMAND_PRINT:
+        print(*scene_, window_.handle());
+        return true;
+    case COMMAND_CANCEL:
+        cancel();
+        return true;
+    case COMMAND_EXIT:
+        PostQuitMessage(0);
+        return true;
+    }
+    return false;
+}
+
+bool Viewer::commandPlace(int id) {
+    const Box view = view_.extent();
+    const Point middle{static_cast<double>(view.right / 2), static_cast<double>(view.bottom / 2)};
+    switch (id) {
+    case COMMAND_ZOOM_IN:
+        view_.zoomAbout(middle, zoomStep);
+        return true;
+    case COMMAND_ZOOM_OUT:
+        view_.zoomAbout(middle, 1 / zoomStep);
+        return true;
+    case COMMAND_FIT:
+        view_.fit();
+        return true;
+    case COMMAND_FULL_SCALE:
+        view_.zoomTo(middle, 1);
+        return true;
+    case COMMAND_CENTRE:
+        view_.center();
+        return true;
+    case COMMAND_LEFT: // what lies there comes into view
+        view_.move(arrowStep, 0);
+        return true;
+    case COMMAND_RIGHT:
+        view_.move(-arrowStep, 0);
+        return true;
+    case COMMAND_UP:
+        view_.move(0, arrowStep);
+        return true;
+    case COMMAND_DOWN:
+        view_.move(0, -arrowStep);
+        return true;
+    case COMMAND_FULL_SCREEN:
+        window_.setFullScreen(!window_.isFullScreen());
+        return true;
+    case COMMAND_METHOD:
+        view_.nextMethod();
+        return true;
+    case COMMAND_ENGINE:
+        makeScene(!scene_->isDirectDraw());
+        return true;
+    }
+    return false;
+}
+
+bool Viewer::commandContrast(int id) {
+    const Limits limits = view_.coloring().limits;
+    const std::uint32_t count = view_.picture() ? view_.picture()->valueCount() : 256;
+    switch (id) {
+    case COMMAND_MAP:
+        view_.nextMap();
+        return true;
+    case COMMAND_LIMITS_AUTO:
+        view_.showDataLimits();
+        return true;
+    case COMMAND_LIMITS_RESET:
+        view_.resetContrast();
+        return true;
+    case COMMAND_LIMITS_WHOLE:
+        view_.showWholeDepth();
+        return true;
+    case COMMAND_FLAGS:
+        view_.toggleFlags();
+        return true;
+    case COMMAND_WINDOW_NARROWER:
+        view_.setLimits(withWindowStep(limits, -1, count));
+        return true;
+    case COMMAND_WINDOW_WIDER:
+        view_.setLimits(withWindowStep(limits, 1, count));
+        return true;
+    case COMMAND_LEVEL_DOWN:
+        view_.setLimits(withLevelStep(limits, -1, count));
+        return true;
+    case COMMAND_LEVEL_UP:
+        view_.setLimits(withLevelStep(limits, 1, count));
+        return true;
+    case COMMAND_MASK:
+        view_.toggleMask();
+        return true;
+    }
+    return false;
+}
+
+bool Viewer::commandOverlay(int id) {
+    OverlayState overlays = view_.overlays();
+    switch (id) {
+    case COMMAND_GRID:
+        overlays.grid = !overlays.grid;
+        break;
+    case COMMAND_COLOR_BAR:
+        overlays.colorBar = !overlays.colorBar;
+        break;
+    case COMMAND_HISTOGRAM:
+        overlays.histogram = !overlays.histogram;
+        break;
+    case COMMAND_PROFILE:
+        overlays.profile = !overlays.profile;
+        if (overlays.profile && !overlays.line) {
+            tell(L"Drag a line with the left button");
+        }
+        break;
+    case COMMAND_HELP:
+        overlays.help = !overlays.help;
+        break;
+    case COMMAND_ABOUT:
+        showAbout(window_.handle());
+        return true;
+    default:
+        return false;
+    }
+    view_.setOverlays(overlays);
+    return true;
+}
+
+void Viewer::commandMarker(int id) {
+    const auto pointer = window_.pointer();
+    switch (id) {
+    case COMMAND_MARKER_ADD:
+        if (const auto pixel = pointer ? view_.pixelAt(pointer->x, pointer->y) : std::nullopt) {
+            view_.addMarker({static_cast<double>(pixel->x), static_cast<double>(pixel->y)});
+        }
+        break;
+    case COMMAND_MARKER_DELETE:
+        if (const auto marker = pointer ? view_.markerAt(pointer->x, pointer->y) : std::nullopt) {
+            view_.removeMarker(*marker);
+        }
+        break;
+    case COMMAND_MARKERS_SAVE:
+        writeMarkers(markersBeside(shown_.path), view_.markers());
+        tell(L"saved " + markersBeside(shown_.path));
+        break;
+    case COMMAND_MARKERS_LOAD:
+        view_.setMarkers(readMarkers(markersBeside(shown_.path)));
+        break;
+    }
+}
+
+} // namespace talview

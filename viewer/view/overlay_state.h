@@ -1,0 +1,27 @@
+// Which overlays are shown above the image.
+#pragma once
+
+#include "viewer/view/geometry.h"
+
+#include <optional>
+
+namespace talview {
+
+struct OverlayState {
+    bool grid = true; // lines between pixels and values in them, where they are large enough
+    bool colorBar = false;
+    bool histogram = false;
+    bool profile = false;                         // the plot, and the line that its values are taken from
+    std::optional<Line> line;  // in image pixels, (0, 0) being the first one's corner
+    bool help = false;
+
+    [[nodiscard]] std::optional<Line> lineShown() const {
+        return profile ? line : std::nullopt;
+    }
+    friend bool operator==(const OverlayState&, const OverlayState&) = default;
+};
+
+constexpr double gridScale = 16;   // above which there is a grid
+constexpr double valuesScale = 48; // and values in the pixels
+
+} // namespace talview

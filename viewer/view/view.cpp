@@ -1,0 +1,205 @@
+// Changes of the view's state, and what of the view each of them touches.
+#include "viewer/view/view.h"
+
+#include "viewer/view/limits.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+namespace talview {
+
+View::View(const Options& options)
+    : options_(options), placement_(options.scale, options.at), coloring_{options.map, {0, 255}, options.flags},
+      masking_{options.hides, options.maskColor}, isCentre_(options.centre), overlays_{options.grid, options.colorBar, options.histogram, options.profile.has_value(), options.profile, false},
+      markers_(options.markers) {}
+
+void View::setPicture(const Picture* picture, bool keepsView) {
+    const bool isFirst = !picture_;
+    picture_ = picture;
+    if (picture_) {
+        isFirst ? placement_.begin(picture_->width, picture_->height)
+                : placement_.setImage(picture_->width, picture_->height);
+        if (!isFirst && !keepsView) {
+            markers_.clear();
+            overlays_.line.reset();
+        }
+        if (isFirst || !keepsView) {
+            coloring_.limits = openingLimits(options_, *picture_);
+        }
+    }
+    damage_.addAll();
+}
+
+void View::resize(long width, long height) {
+    width_ = width;
+    height_ = height;
+    placement_.resize(width, height);
+    damage_.resize(width, height);
+}
+
+std::optional<Pixel> View::pixelAt(long x, long y) const {
+    const Point place = placement_.toImage({x + 0.5, y + 0.5});
+    if (!picture_ || place.x < 0 || place.x >= picture_->width || place.y < 0 || place.y >= picture_->height) {
+        return std::nullopt;
+    }
+    return Pixel{static_cast<long>(place.x), static_cast<long>(place.y)};
+}
+
+// What is drawn can be moved where every pixel of the image is drawn from the same place of it wherever it
+// lies in the view. The centre-aligned method counts from the edges of what it draws.
+void View::placed(const Placement& before) {
+    const bool isMoved = before.scale() == placement_.scale() && (!isCentre_ || placement_.scale() == 1);
+    if (isMoved && !overlays_.help) {
+        damage_.shift(placement_.left() - before.left(), placement_.top() - before.top());
+    } else {
+        damage_.addAll();
+    }
+}
+
+void View::fit() {
+    placement_.fit();
+    damage_.addAll();
+}
+
+void View::center() {
+    const Placement before = placement_;
+    placement_.center();
+    placed(before);
+}
+
+void View::zoomAbout(Point at, double factor) {
+    zoomTo(at, placement_.scale() * factor);
+}
+
+void View::zoomTo(Point at, double scale) {
+    placement_.zoomTo(at, scale);
+    damage_.addAll();
+}
+
+void View::move(long dx, long dy) {
+    const Placement before = placement_;
+    placement_.move({static_cast<double>(dx), static_cast<double>(dy)});
+    placed(before);
+}
+
+void View::setColoring(const Coloring& coloring) {
+    if (std::exchange(coloring_, coloring) != coloring && picture_ && picture_->hasMap()) {
+        damage_.addAll();
+    }
+}
+
+void View::setLimits(Limits limits) {
+    setColoring({coloring_.map, limits, coloring_.flags});
+}
+
+void View::showWholeDepth() {
+    if (picture_) {
+        setLimits(wholeLimits(*picture_));
+    }
+}
+
+void View::showDataLimits() {
+    if (picture_ && picture_->hasMap()) {
+        setLimits(dataLimits(*picture_));
+    }
+}
+
+void View::resetContrast() {
+    if (picture_) {
+        setLimits(openingLimits(options_, *picture_));
+    }
+}
+
+void View::nextMap() {
+    const auto& maps = colorMaps();
+    setColoring({coloring_.map == &maps.back() ? maps.data() : coloring_.map + 1, coloring_.limits, coloring_.flags});
+}
+
+void View::toggleFlags() {
+    setColoring({coloring_.map, coloring_.limits, !coloring_.flags});
+}
+
+void View::toggleMask() {
+    masking_.isOn = !masking_.isOn;
+    if (picture_ && picture_->mask) {
+        damage_.addAll();
+    }
+}
+
+void View::nextMethod() {
+    isCentre_ = !isCentre_;
+    damage_.addAll();
+}
+
+void View::setOverlays(const OverlayState& overlays) {
+    const OverlayState before = std::exchange(overlays_, overlays);
+    if (before.help != overlays.help || (before.grid != overlays.grid && placement_.scale() > gridScale)) {
+        return damage_.addAll();
+    }
+    if (before.lineShown() != overlays.lineShown()) {
+        for (const OverlayState& state : {before, overlays}) {
+            if (state.lineShown()) {
+                damage_.add(lineBox(*state.line));
+            }
+        }
+    }
+}
+
+Box View::lineBox(const Line& line) const {
+    constexpr long margin = 2; // what a line is wide
+    const Point from = placement_.toView(line.from);
+    const Point to = placement_.toView(line.to);
+    const auto edge = [](double at) {
+        return std::lround(std::clamp(std::floor(at), -1e9, 1e9));
+    };
+    return {edge(std::min(from.x, to.x)) - margin, edge(std::min(from.y, to.y)) - margin,
+            edge(std::max(from.x, to.x)) + margin + 1, edge(std::max(from.y, to.y)) + margin + 1};
+}
+
+Box View::markerBox(Point image) const {
+    const auto corner = [&](double at, long origin) {
+        return origin + std::lround(std::floor(std::clamp((at + 0.5) * placement_.scale(), -1e9, 1e9))) -
+               markerSize / 2;
+    };
+    const long left = corner(image.x, placement_.left());
+    const long top = corner(image.y, placement_.top());
+    return {left, top, left + markerSize, top + markerSize};
+}
+
+void View::setMarkers(std::vector<Point> markers) {
+    for (const Point& marker : markers_) {
+        damage_.add(markerBox(marker));
+    }
+    markers_ = std::move(markers);
+    for (const Point& marker : markers_) {
+        damage_.add(markerBox(marker));
+    }
+}
+
+void View::addMarker(Point image) {
+    markers_.push_back(image);
+    damage_.add(markerBox(image));
+}
+
+void View::moveMarker(std::size_t index, Point image) {
+    damage_.add(markerBox(markers_.at(index)));
+    markers_[index] = image;
+    damage_.add(markerBox(image));
+}
+
+void View::removeMarker(std::size_t index) {
+    damage_.add(markerBox(markers_.at(index)));
+    markers_.erase(markers_.begin() + static_cast<std::ptrdiff_t>(index));
+}
+
+std::optional<std::size_t> View::markerAt(long x, long y) const {
+    for (std::size_t index = markers_.size(); index-- > 0;) {
+        if (markerBox(markers_[index]).holds(x, y)) {
+            return index;
+        }
+    }
+    return std::nullopt;
+}
+
+} // namespace talview
