@@ -1,6 +1,8 @@
 // talview: shows an image in a window through a render engine, or saves what it would show.
+#include "viewer/classes_beside.h"
 #include "viewer/share/save.h"
 #include "viewer/view/failure.h"
+#include "viewer/view/help.h"
 #include "viewer/view/options.h"
 #include "viewer/viewer.h"
 
@@ -12,6 +14,7 @@ namespace {
 using namespace talview;
 
 void view(const Options& options) {
+    const ClassesBeside classes;
     const talxrend::Apartment apartment;
     Viewer viewer(options);
     const bool isShown = options.save.empty() || options.hold;
@@ -32,11 +35,13 @@ int wmain(int argc, wchar_t** argv) {
     try {
         const Options options = parseOptions({argv + 1, argv + argc});
         if (options.help) {
-            std::fputs(helpText, stdout);
+            std::fputs(helpText().c_str(), stdout);
             return 0;
         }
-        // Positions and sizes are pixels of the screen, whatever its resolution.
-        SetProcessDPIAware();
+        if (options.version) {
+            std::puts("talview " TALVIEW_VERSION);
+            return 0;
+        }
         view(options);
         return 0;
     } catch (const UsageError& error) {

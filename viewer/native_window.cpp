@@ -1,6 +1,8 @@
 // Window classes, and the way from a handle to its object.
 #include "viewer/native_window.h"
 
+#include "viewer/commands.h"
+
 namespace talview {
 
 NativeWindow::NativeWindow(const wchar_t* className, DWORD style, SIZE size, talxrend::Guard& failure)
@@ -8,6 +10,7 @@ NativeWindow::NativeWindow(const wchar_t* className, DWORD style, SIZE size, tal
     WNDCLASSW windowClass{};
     windowClass.lpfnWndProc = windowProc;
     windowClass.hInstance = GetModuleHandleW(nullptr);
+    windowClass.hIcon = LoadIconW(windowClass.hInstance, MAKEINTRESOURCEW(IDR_ICON));
     windowClass.hCursor = LoadCursorW(nullptr, IDC_CROSS);
     windowClass.lpszClassName = className;
     RegisterClassW(&windowClass); // fails the second time only

@@ -42,6 +42,7 @@ Viewer::Viewer(const Options& options)
     : options_(withFile(options)), asked_(options_.image),
       window_(options.width, options.height, failure_,
               {[this](const std::wstring& path) { open(path); }, [this](int id) { command(id); },
+               [this](int id) { return stateOf(id); },
                [this] {
                    updateStatus();
                }}),
@@ -106,6 +107,15 @@ void Viewer::updateStatus() {
                                       alive ? std::optional(window_.drawingMilliseconds()) : std::nullopt));
 }
 
+CommandState Viewer::stateOf(int id) const {
+    switch (id) {
+    case COMMAND_METHOD:
+        return {true, scene_.options().centre};
+    default:
+        return {};
+    }
+}
+
 void Viewer::command(int id) {
     const RECT view = scene_.extent();
     const POINT middle{view.right / 2, view.bottom / 2};
@@ -125,6 +135,7 @@ void Viewer::command(int id) {
         return openNeighbour(1);
     case COMMAND_PREVIOUS:
         return openNeighbour(-1);
+    case COMMAND_CANCEL:
     case COMMAND_EXIT:
         return PostQuitMessage(0);
     case COMMAND_ZOOM_IN:

@@ -29,6 +29,7 @@ public:
 
 private:
     void command(int id) override;
+    [[nodiscard]] CommandState stateOf(int id) const override;
     void dropped(const std::wstring& path) override { open(path); }
     void woken() override;
     void paint(const RECT& uncovered) override;
@@ -45,6 +46,8 @@ private:
     bool commandPlace(int id);
     bool commandContrast(int id);
     bool commandOverlay(int id);
+    void commandMarker(int id);
+    void cancel();
 
     // Shows a file, or the first picture of a folder. If it cannot be read, the status line says why and the
     // previous picture stays.

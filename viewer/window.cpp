@@ -2,6 +2,7 @@
 #include "viewer/window.h"
 
 #include "viewer/commands.h"
+#include "viewer/menu.h"
 
 #include <shellapi.h>
 #include <windowsx.h>
@@ -20,6 +21,7 @@ Window::Window(long width, long height, talxrend::Guard& failure)
     : NativeWindow(L"talview", WS_OVERLAPPEDWINDOW, {width, height}, failure), failure_(failure),
       status_(handle()) {
     DragAcceptFiles(handle(), TRUE);
+    SetMenu(handle(), loadMenu());
     setClientSize(width, height);
 }
 
@@ -137,6 +139,9 @@ LRESULT Window::answer(UINT message, WPARAM wParam, LPARAM lParam) {
         return 0;
     case WM_CAPTURECHANGED:
         events_->released();
+        return 0;
+    case WM_INITMENUPOPUP:
+        updateMenu(reinterpret_cast<HMENU>(wParam), [this](int id) { return events_->stateOf(id); });
         return 0;
     case WM_COMMAND:
         events_->command(LOWORD(wParam));

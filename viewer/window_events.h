@@ -1,6 +1,7 @@
 // What the window tells its owner.
 #pragma once
 
+#include "viewer/menu.h"
 #include "viewer/view/pointer_input.h"
 
 #include <windows.h>
@@ -12,6 +13,7 @@ namespace talview {
 class WindowEvents {
 public:
     virtual void command(int id) = 0;                     // one of commands.h, by its key or from the menu
+    [[nodiscard]] virtual CommandState stateOf(int id) const = 0; // for the menu
     virtual void dropped(const std::wstring& path) = 0;   // a file on the window
     virtual void woken() = 0;                             // Window::wake was called, on whatever thread
     virtual void paint(const RECT& uncovered) = 0;        // the damage, and what the screen has lost

@@ -1,6 +1,7 @@
 // The viewer's command line, an argument on each line: whatever stands there, the options are usable or
 // refused.
 #include "viewer/view/failure.h"
+#include "viewer/view/limits.h"
 #include "viewer/view/options.h"
 #include "viewer/view/placement.h"
 
@@ -20,11 +21,19 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }
     try {
         const Options options = parseOptions(arguments);
-        require(options.help || options.interactive() || !options.image.empty());
+        if (options.help || options.version) {
+            return 0;
+        }
+        require(options.interactive() || !options.image.empty());
         require(options.width >= 1 && options.width <= 16384 && options.height >= 1 &&
                 options.height <= 16384);
         require(options.maskColor <= 0xFFFFFF && options.hold.value_or(0) >= 0);
-        const Limits limits = options.limits.value_or(Limits{0, 65535});
+        Picture picture;
+        picture.kind = PictureKind::grey16;
+        picture.depth = options.depth;
+        picture.scale = options.heights.value_or(ValueScale{});
+        const Limits limits = openingLimits(options, picture);
+        require(limits.low < limits.high);
         for (const std::uint32_t color : colorTable(*options.map, 256, limits.low, limits.high)) {
             require(color <= 0xFFFFFF);
         }

@@ -1,219 +1,131 @@
-// The command line.
+// The command line, by the table of options.
 #include "viewer/view/options.h"
 
 #include "viewer/view/failure.h"
-
-#include <algorithm>
-#include <cmath>
-#include <cwchar>
-#include <cwctype>
+#include "viewer/view/option_table.h"
 
 namespace talview {
 namespace {
 
-using Text = const std::wstring&;
-
-struct BadValue {};
-
-template <class Value>
-struct Choice {
-    std::wstring_view name;
-    Value value;
+struct Pair {
+    const wchar_t* one;
+    const wchar_t* other;
+    const char* why;
 };
 
-template <class Value, std::size_t count>
-Value choose(Text text, const Choice<Value> (&choices)[count]) {
-    const auto* found = std::find_if(choices, choices + count, [&](auto& each) { return each.name == text; });
-    return found == choices + count ? throw BadValue() : found->value;
+// Each of these would do nothing beside the other one.
+const Pair conflicts[] = {
+    {L"--depth", L"--mask", "range values have all 16 bits"},
+    {L"--full-screen", L"--save", "what is saved has the size that --size says"},
+};
+
+// Nobody can change a picture that is only saved, so there more does nothing.
+const Pair conflictsWithoutWindow[] = {
+    {L"--mask-color", L"--no-mask", "nothing is hidden"},
+    {L"--marker", L"--no-overlays", "markers are overlays"},
+    {L"--markers", L"--no-overlays", "markers are overlays"},
+    {L"--no-grid", L"--no-overlays", "the grid is an overlay"},
+    {L"--colour-bar", L"--no-overlays", "it is an overlay"},
+    {L"--histogram", L"--no-overlays", "it is an overlay"},
+    {L"--profile", L"--no-overlays", "it is an overlay"},
+};
+
+const Pair needs[] = {
+    {L"--format", L"--save", "it is the format of what is saved"},
+    {L"--no-overlays", L"--save", "it says what is left out there"},
+};
+
+const wchar_t* const needImage[] = {L"--save", L"--hold", L"--frame", L"--mask", L"--marker", L"--markers"};
+
+[[noreturn]] void throwConflict(const Pair& pair) {
+    throw UsageError(utf8(pair.one) + " does nothing with " + utf8(pair.other) + ": " + pair.why);
 }
 
-// Takes a number from the front of text.
-double takeNumber(const wchar_t*& text) {
-    wchar_t* end = nullptr;
-    const double number = std::wcstod(text, &end);
-    if (end == text || std::iswspace(*text) || !std::isfinite(number)) {
-        throw BadValue();
+void checkPairs(const Options& options) {
+    const auto bothGiven = [&](const Pair& pair) {
+        return options.has(pair.one) && options.has(pair.other);
+    };
+    for (const Pair& pair : conflicts) {
+        bothGiven(pair) ? throwConflict(pair) : void();
     }
-    text = end;
-    return number;
-}
-
-double parseNumber(Text value, double low, double high) {
-    const wchar_t* text = value.c_str();
-    const double number = takeNumber(text);
-    return *text || number < low || number > high ? throw BadValue() : number;
-}
-
-Point parsePair(Text value, wchar_t separator = L',') {
-    const wchar_t* text = value.c_str();
-    Point pair;
-    pair.x = takeNumber(text);
-    if (*text++ != separator) {
-        throw BadValue();
+    for (const Pair& pair : conflictsWithoutWindow) {
+        bothGiven(pair) && !options.save.empty() && !options.hold ? throwConflict(pair) : void();
     }
-    pair.y = takeNumber(text);
-    return *text ? throw BadValue() : pair;
-}
-
-std::uint32_t parseColor(Text value) {
-    const bool isHex = std::all_of(value.begin(), value.end(), [](wint_t c) { return iswxdigit(c) != 0; });
-    return value.size() == 6 && isHex ? std::wcstoul(value.c_str(), nullptr, 16) : throw BadValue();
-}
-
-void setSize(Options& options, Text value) {
-    const Point size = parsePair(value, L'x');
-    for (double side : {size.x, size.y}) {
-        if (side < 1 || side > 16384 || side != std::floor(side)) {
-            throw BadValue();
+    for (const Pair& pair : needs) {
+        if (options.has(pair.one) && !options.has(pair.other)) {
+            throw UsageError(utf8(pair.one) + " needs " + utf8(pair.other) + ": " + pair.why);
         }
     }
-    options.width = static_cast<long>(size.x);
-    options.height = static_cast<long>(size.y);
 }
 
-void setMap(Options& options, Text value) {
-    const auto& maps = colorMaps();
-    const auto found = std::find_if(maps.begin(), maps.end(), [&](auto& map) { return value == map.name; });
-    options.map = found == maps.end() ? throw BadValue() : &*found;
-}
-
-void setLimits(Options& options, Text value) {
-    options.autoLimits = value == L"auto";
-    if (!options.autoLimits) {
-        const Point limits = parsePair(value);
-        options.limits = limits.x < limits.y ? Limits{limits.x, limits.y} : throw BadValue();
+void checkValues(const Options& options) {
+    for (const wchar_t* name : needImage) {
+        if (options.image.empty() && options.has(name)) {
+            throw UsageError(utf8(name) + " needs an image");
+        }
+    }
+    if (options.has(L"--format") && options.directDraw) {
+        throwConflict({L"--format", L"--engine directdraw", "that engine has no render targets"});
+    }
+    if (options.has(L"--depth") && options.range) {
+        throwConflict({L"--depth", L"--kind range", "range values have all 16 bits"});
+    }
+    if (options.has(L"--kind") && !options.range && !options.mask.empty()) {
+        throwConflict({L"--kind auto", L"--mask", "only a range image has a mask"});
     }
 }
 
-void setFormat(Options& options, Text value) {
-    options.format = choose<int>(
-        value,
-        {{L"native", 0}, {L"pal8", 8}, {L"rgb15", 15}, {L"rgb16", 16}, {L"rgb24", 24}, {L"rgb32", 32}});
+const Option* find(const std::wstring& name) {
+    const auto& table = optionTable();
+    const auto found =
+        std::find_if(table.begin(), table.end(), [&](const Option& each) { return name == each.name; });
+    return found == table.end() ? nullptr : &*found;
 }
 
-struct Option {
-    const wchar_t* name;
-    void (*set)(Options& options, Text value);
-};
-
-const Option valueOptions[] = {
-    {L"--size", setSize},
-    {L"--scale",
-     [](Options& o, Text v) {
-         o.scale = v == L"fit" ? std::nullopt : std::optional(parseNumber(v, 1e-3, 1e3));
-     }},
-    {L"--at",
-     [](Options& o, Text v) {
-         o.at = parsePair(v);
-     }},
-    {L"--method",
-     [](Options& o, Text v) {
-         o.centre = choose<bool>(v, {{L"nearest", false}, {L"centre", true}});
-     }},
-    {L"--map", setMap},
-    {L"--limits", setLimits},
-    {L"--depth",
-     [](Options& o, Text v) {
-         o.depth = choose<int>(v, {{L"8", 8}, {L"10", 10}, {L"12", 12}, {L"14", 14}, {L"16", 16}});
-     }},
-    {L"--kind",
-     [](Options& o, Text v) {
-         o.range = choose<bool>(v, {{L"auto", false}, {L"range", true}});
-     }},
-    {L"--mask",
-     [](Options& o, Text v) {
-         o.mask = v;
-     }},
-    {L"--mask-color",
-     [](Options& o, Text v) {
-         o.maskColor = parseColor(v);
-     }},
-    {L"--marker",
-     [](Options& o, Text v) {
-         o.markers.push_back(parsePair(v));
-     }},
-    {L"--engine",
-     [](Options& o, Text v) {
-         o.directDraw = choose<bool>(v, {{L"gdi", false}, {L"directdraw", true}});
-     }},
-    {L"--format", setFormat},
-    {L"--save",
-     [](Options& o, Text v) {
-         o.save = v;
-     }},
-    {L"--hold",
-     [](Options& o, Text v) {
-         o.hold = parseNumber(v, 0, 86400);
-     }},
-};
+void readImage(Options& options, const std::wstring& argument) {
+    if (argument.empty()) {
+        throw UsageError("the name of the image is empty");
+    }
+    if (!options.image.empty()) {
+        throw UsageError("more than one image: " + utf8(options.image) + " and " + utf8(argument));
+    }
+    options.image = argument;
+}
 
 } // namespace
-
-const char helpText[] = R"(usage: talview [IMAGE|FOLDER] [options]
-Shows a PNG, BMP, TIFF or JPEG picture, or the first one of a folder, in a window through a render engine.
-
-  --size WxH            the picture in the window, in pixels (800x600)
-  --scale S|fit         window pixels for each image pixel (fit)
-  --at X,Y              place of the image's top left corner in the window (in the middle)
-  --method nearest|centre
-                        how a scaled image is sampled (nearest)
-  --map NAME            colours of grey and range images (grey): grey invert heat ice rainbow terrain
-  --limits LOW,HIGH|auto
-                        values that get the map's first and last colour (the whole depth);
-                        auto: the image's smallest and largest
-  --depth 8|10|12|14|16 significant bits of a 16-bit grey image (16)
-  --kind auto|range     range: a 16-bit grey file holds range values (auto)
-  --mask FILE           mask of a range image: its black pixels hide the value; implies --kind range
-  --mask-color RRGGBB   colour of hidden range pixels (400040)
-  --marker X,Y          marks the middle of image pixel X,Y; may be repeated
-  --engine gdi|directdraw
-                        render engine (gdi)
-  --save FILE           saves the picture that the window would show; PNG, JPEG, BMP or TIFF by the name's ending
-  --format native|pal8|rgb15|rgb16|rgb24|rgb32
-                        pixel format of the render target that is saved; GDI engine only (native)
-  --hold SECONDS        keeps the window up that long, then leaves
-  --help                this text
-
-With --save alone no window appears; without --save and --hold it stays until it is closed. In the window:
-the wheel or + and - zoom, dragging or the arrow keys move the image, 0 or F fits it, 1 shows its own size, M
-changes the sampling method, C the colour map, Esc leaves. Ctrl+O or a file dropped on the window opens it, Page Up and Page Down show the other
-pictures of its folder, F5 reads it again.
-Exit code: 0 done, 1 it cannot be done, 2 the command line is wrong.
-)";
 
 Options parseOptions(const std::vector<std::wstring>& arguments) {
     Options options;
     for (auto argument = arguments.begin(); argument != arguments.end(); ++argument) {
-        const auto* option = std::find_if(std::begin(valueOptions), std::end(valueOptions),
-                                          [&](const Option& each) { return *argument == each.name; });
-        if (*argument == L"--help") {
-            options.help = true;
+        const std::wstring name = *argument == L"-h" ? L"--help" : *argument;
+        if (!name.starts_with(L'-')) {
+            readImage(options, name);
+            continue;
+        }
+        const Option* option = find(name);
+        if (!option) {
+            throw UsageError("unknown option " + utf8(name));
+        }
+        if (options.has(name) && name != L"--marker") {
+            throw UsageError(utf8(name) + " is given twice");
+        }
+        options.given.push_back(name);
+        const bool takesValue = *option->value != '\0';
+        if (takesValue && (++argument == arguments.end() || argument->starts_with(L"--"))) {
+            throw UsageError(utf8(name) + " needs a value: " + allowedValues(*option));
+        }
+        try {
+            option->set(options, takesValue ? *argument : std::wstring());
+        } catch (BadValue) {
+            throw UsageError("bad value '" + utf8(*argument) + "' for " + utf8(name) + ": " +
+                             allowedValues(*option));
+        }
+        if (options.help || options.version) {
             return options;
         }
-        if (option != std::end(valueOptions)) {
-            const std::string name = utf8(*argument);
-            if (++argument == arguments.end()) {
-                throw UsageError(name + " needs a value");
-            }
-            try {
-                option->set(options, *argument);
-            } catch (BadValue) {
-                throw UsageError("bad value '" + utf8(*argument) + "' for " + name);
-            }
-        } else if (argument->starts_with(L"--")) {
-            throw UsageError("unknown option " + utf8(*argument));
-        } else if (!options.image.empty()) {
-            throw UsageError("more than one image: " + utf8(*argument));
-        } else {
-            options.image = *argument;
-        }
     }
-    if (options.image.empty() && !options.interactive()) {
-        throw UsageError("--save and --hold need an image");
-    }
-    if (options.directDraw && options.format != 0) {
-        throw UsageError("--format needs --engine gdi: the DirectDraw engine has no render targets");
-    }
+    checkPairs(options);
+    checkValues(options);
     options.range |= !options.mask.empty();
     return options;
 }

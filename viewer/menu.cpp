@@ -1,0 +1,25 @@
+// Loading, and the states of items.
+#include "viewer/menu.h"
+
+#include "viewer/commands.h"
+
+namespace talview {
+
+HMENU loadMenu() {
+    return LoadMenuW(GetModuleHandleW(nullptr), MAKEINTRESOURCEW(IDR_MENU));
+}
+
+void updateMenu(HMENU part, const std::function<CommandState(int command)>& stateOf) {
+    const int count = GetMenuItemCount(part);
+    for (int at = 0; at < count; ++at) {
+        const UINT command = GetMenuItemID(part, at);
+        if (command == 0 || command == static_cast<UINT>(-1)) {
+            continue; // a separator, or a submenu
+        }
+        const CommandState state = stateOf(static_cast<int>(command));
+        EnableMenuItem(part, at, MF_BYPOSITION | (state.isEnabled ? MF_ENABLED : MF_GRAYED));
+        CheckMenuItem(part, at, MF_BYPOSITION | (state.isChecked ? MF_CHECKED : MF_UNCHECKED));
+    }
+}
+
+} // namespace talview
