@@ -1,7 +1,6 @@
 // The texts of the status line's fields.
 #include "viewer/status_text.h"
 
-#include <cmath>
 #include <cwchar>
 
 namespace talview {
@@ -14,35 +13,36 @@ std::wstring format(const wchar_t* pattern, Values... values) {
     return text;
 }
 
-std::wstring valueAt(const Scene& scene, POINT view) {
-    const Picture& image = scene.image()->picture();
-    const Point place = scene.placement().toImage({view.x + 0.5, view.y + 0.5});
-    if (place.x < 0 || place.x >= image.width || place.y < 0 || place.y >= image.height) {
-        return L"";
-    }
-    const long x = static_cast<long>(place.x);
-    const long y = static_cast<long>(place.y);
-    return format(L"(%ld, %ld) = ", x, y) + valueText(image, x, y);
+std::wstring contrastText(const View& view) {
+    const Coloring& coloring = view.coloring();
+    const ValueScale& scale = view.picture()->scale;
+    return coloring.map->name + std::wstring(L" ") + numberText(scale.of(coloring.limits.low)) + L" to " +
+           numberText(scale.of(coloring.limits.high)) + (scale.unit.empty() ? L"" : L" ") + scale.unit +
+           (coloring.flags == Flags::on ? L", flags" : L"");
 }
 
 } // namespace
 
+std::wstring valueAt(const View& view, POINT at) {
+    const auto pixel = view.pixelAt(at.x, at.y);
+    return pixel ? format(L"(%ld, %ld) = ", pixel->x, pixel->y) + valueText(*view.picture(), pixel->x, pixel->y)
+                 : L"";
+}
+
 std::vector<std::wstring> statusTexts(const Scene& scene, std::optional<POINT> pointer,
                                       std::optional<double> milliseconds) {
-    if (!scene.image()) {
-        return {L"No picture: Ctrl+O opens one"};
+    const View& view = scene.view();
+    const Picture* picture = view.picture();
+    if (!picture) {
+        return {L"No picture: Ctrl+O opens one, F1 shows help"};
     }
-    const Options& options = scene.options();
-    const Picture& image = scene.image()->picture();
-    const bool isColor = !image.hasMap();
-    const Limits limits = scene.limits();
     return {
-        pointer ? valueAt(scene, *pointer) : L"",
-        format(L"%ld\u00D7%ld ", image.width, image.height) + kindText(image),
-        format(L"%.4g %%", scene.placement().scale() * 100) + (options.centre ? L" centre" : L" nearest"),
-        isColor ? L"" : options.map->name + format(L" %g to %g", limits.low, limits.high),
-        (options.directDraw ? L"DirectDraw" : L"GDI") + format(L", %d-bit screen", scene.screenBits()) +
-            (scene.isReduced() ? L", 8-bit grey only" : L""),
+        pointer ? valueAt(view, *pointer) : L"",
+        format(L"%ld\u00D7%ld ", picture->width, picture->height) + kindText(*picture),
+        format(L"%.4g %%", view.placement().scale() * 100) + (view.isCentre() ? L" centre" : L" nearest"),
+        picture->hasMap() ? contrastText(view) : L"",
+        (scene.isDirectDraw() ? L"DirectDraw" : L"GDI") + format(L", %d-bit screen", scene.screenBits()) +
+            (scene.isReduced() ? L": shows 8-bit grey only" : L""),
         milliseconds ? format(L"%.1f ms", *milliseconds) : L"",
     };
 }

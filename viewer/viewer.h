@@ -52,6 +52,8 @@ private:
     // Shows a file, or the first picture of a folder. If it cannot be read, the status line says why and the
     // previous picture stays.
     void open(const std::wstring& path, unsigned frame = 0);
+    void openAtOnce(const std::wstring& path);
+    [[nodiscard]] FileRequest requestFor(const std::wstring& path, unsigned frame) const;
     void openNeighbour(int steps);
     void openFrame(int steps);
     void reload();

@@ -30,7 +30,7 @@ public:
     // Handles messages until the window is closed, the time is over or one failed. Throws its failure.
     void run(std::optional<double> seconds);
     // Asks for WindowEvents::paint, once no other message waits.
-    void invalidate() const { InvalidateRect(handle(), nullptr, FALSE); }
+    void repaint() const { RedrawWindow(handle(), nullptr, nullptr, RDW_INTERNALPAINT); }
     // Asks for WindowEvents::woken; from any thread.
     void wake() const;
 

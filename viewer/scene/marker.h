@@ -1,4 +1,4 @@
-// The icon that marks a place: a ring with a dot, soft at its edges.
+// The marker as an icon that engines draw.
 #pragma once
 
 #include <talxrend.hpp>
@@ -7,8 +7,6 @@ namespace talview {
 
 class Marker {
 public:
-    static constexpr long size = 25; // width and height; the marked place is the middle of the middle pixel
-
     // palettised: for a layer that cannot blend; the marker has hard edges then.
     explicit Marker(bool palettised);
 

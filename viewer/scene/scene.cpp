@@ -63,7 +63,7 @@ void Scene::showOverlays(bool shown) {
     }
 }
 
-bool Scene::compose() {
+std::vector<RECT> Scene::compose() {
     Damage& damage = view_.damage();
     const std::vector<Box> pinned = overlays_.pinned(overlayScene());
     if (view_.overlays() != overlayState_) {
@@ -74,7 +74,7 @@ bool Scene::compose() {
         }
     }
     if (damage.isEmpty()) {
-        return false;
+        return {};
     }
     applyColoring();
     applyMasking();
@@ -83,10 +83,13 @@ bool Scene::compose() {
     overlayState_ = view_.overlays();
     pinned_ = pinned;
     moveDrawn(repair.dx, repair.dy);
+    std::vector<RECT> parts;
     for (const Box& box : repair.boxes) {
-        engine_.update(redrawn(box));
+        parts.push_back(redrawn(box));
+        engine_.update(parts.back());
     }
-    return true;
+    const bool isMoved = repair.dx != 0 || repair.dy != 0;
+    return isMoved ? std::vector{extent()} : parts;
 }
 
 RECT Scene::imageRect() const {

@@ -36,8 +36,8 @@ public:
     void resize();
     void paletteChanged();
 
-    // Draws what of the view is damaged, and says whether anything was.
-    bool compose();
+    // Draws what of the view is damaged, and says which parts of it are not as they were.
+    std::vector<RECT> compose();
     // Copies a rectangle of the composed picture to the screen or to the engine's render target.
     void refresh(const RECT& rect) const { engine_.show(rect); }
 

@@ -4,6 +4,7 @@
 
 #include "viewer/view/color_maps.h"
 #include "viewer/view/damage.h"
+#include "viewer/view/marker_shape.h"
 #include "viewer/view/options.h"
 #include "viewer/view/overlay_state.h"
 #include "viewer/view/picture.h"
@@ -27,8 +28,6 @@ struct Masking {
     std::uint32_t color = 0; // 0x00RRGGBB, of hidden values
     friend bool operator==(const Masking&, const Masking&) = default;
 };
-
-constexpr long markerSize = 25; // width and height, in pixels of the view
 
 class View {
 public:

@@ -1,0 +1,89 @@
+# Drives talview by a real mouse and keyboard: for a script that is called TALVIEW VIEW_MODEL ENGINE BITS, with a screen
+# of so many bits and a prefix of its own (scripts/on-screen).
+source "$(dirname "${BASH_SOURCE[0]}")/../../scripts/common.sh"
+talview=$1 model=$2 engine=$3 bits=$4
+pictures=${TALX_PICTURES:-} # a folder: pictures of the screen are kept there
+cd "$WINEPREFIX"
+
+# eventually COMMAND...: waits until it succeeds.
+eventually() {
+    for _ in $(seq 150); do
+        "$@" && return
+        sleep 0.2
+    done
+    import -silent -window root "${TMPDIR:-/tmp}/talview-in-vain.png"
+    die "In vain: $*"
+}
+
+# start ARGUMENT...: the viewer, with a picture of 400 x 300; that is at $left,$top then.
+start() {
+    size=400x300
+    xdotool mousemove 1000 740
+    wine "$talview" "$@" --no-state --engine "$engine" --size $size >said 2>complaints &
+    viewer=$!
+    eventually grep -q '^shown: ' said
+    IFS=', ' read -r _ _ _ left top _ <said
+}
+
+# part FILE GEOMETRY: a part of the screen, counted from the picture's corner.
+part() {
+    local size x y
+    IFS=+ read -r size x y <<<"$2"
+    import -silent -window root -crop "$size+$((left + x))+$((top + y))" +repage "$1"
+}
+
+# What is on the screen where the model says what must be there; $tolerated differs as little as 5 bits do.
+differing() {
+    part seen.png "$size+0+0"
+    convert seen.png expected.pgm -compose multiply -composite seen.ppm
+    compare -metric AE -fuzz "$([[ $bits == 32 ]] && echo 0 || echo 1%)" seen.ppm expected.ppm null: 2>&1 || true
+}
+agrees() { [[ $(differing) == 0 ]]; }
+
+# expect PICTURE OPTION...: what the model draws of a picture (that picture made, as PICTURE.pnm beside the file)
+# with the viewer's options must appear.
+expect() {
+    wine "$model" expected "$bits" "${1%.*}.pnm" "$@" --size "$size"
+    eventually agrees
+    [[ -z $pictures ]] || cp seen.png "$pictures/$(basename "$0")-$engine-$bits-$((++shot)).png"
+}
+
+# picture FILE ARGUMENT...: makes it, of what convert's arguments make, and the same for the model.
+picture() {
+    convert "${@:2}" "$1"
+    convert "$1" "${1%.*}.pnm"
+}
+
+point() { xdotool mousemove $((left + $1)) $((top + $2)); }
+
+# drag BUTTON X Y X Y: in twenty steps.
+drag() {
+    point "$2" "$3"
+    xdotool mousedown "$1"
+    for i in $(seq 20); do point $(($2 + ($4 - $2) * i / 20)) $(($3 + ($5 - $3) * i / 20)); done
+    xdotool mouseup "$1"
+}
+
+# The first field of the status line is empty or tells something.
+value() {
+    part line.png "50x12+0+$((${size#*x} + 3))"
+    [[ $(identify -format %k line.png) -gt 1 ]]
+}
+noValue() { ! value; }
+
+# atOnce COMMAND...: the viewer finds all input of the command waiting.
+atOnce() {
+    kill -STOP "$viewer"
+    "$@"
+    kill -CONT "$viewer"
+}
+
+leave() {
+    point 390 290 # keys go to where the pointer is
+    xdotool key alt+F4
+    eventually grep -q '^drawn: ' said
+    wait "$viewer" || die "The viewer ended with $?: $(cat complaints)"
+}
+
+# drawn: how often the viewer that has been left says it has drawn.
+drawn() { sed -n 's/^drawn: \([0-9]*\) times.*/\1/p' said; }
