@@ -1,6 +1,8 @@
 // Named colour maps for grey and range images.
 #pragma once
 
+#include "viewer/view/geometry.h"
+
 #include <cstdint>
 #include <vector>
 
@@ -21,8 +23,22 @@ struct ColorMap {
 // All maps; the first is "grey".
 [[nodiscard]] const std::vector<ColorMap>& colorMaps();
 
-// 0x00RRGGBB for each of size image values; values up to low get the first colour, from high on the last.
-[[nodiscard]] std::vector<std::uint32_t> colorTable(const ColorMap& map, std::uint32_t size, double low,
-                                                    double high);
+// Whether values that the map cannot tell from others get colours of their own: those below the low limit and
+// 0, the least that there is, lowFlag; those above the high limit and the largest of the depth highFlag.
+enum class Flags { off, on };
+constexpr std::uint32_t lowFlag = 0x0000FF;
+constexpr std::uint32_t highFlag = 0xFF0000;
+
+// 0x00RRGGBB for each of size image values; values up to limits.low, which is below limits.high, get the
+// first colour, from limits.high on the last.
+[[nodiscard]] std::vector<std::uint32_t> colorTable(const ColorMap& map, std::uint32_t size, Limits limits,
+                                                    Flags flags = Flags::off);
+[[nodiscard]] inline std::vector<std::uint32_t> colorTable(const ColorMap& map, std::uint32_t size,
+                                                           double low, double high) {
+    return colorTable(map, size, Limits{low, high});
+}
+
+// The colour at a place between 0 and 1.
+[[nodiscard]] std::uint32_t colorAt(const ColorMap& map, double at);
 
 } // namespace talview
