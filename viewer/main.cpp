@@ -1,12 +1,13 @@
 // talview: shows an image in a window through a render engine, or saves what it would show.
 #include "viewer/classes_beside.h"
 #include "viewer/share/save.h"
+#include "viewer/terminal.h"
 #include "viewer/view/failure.h"
 #include "viewer/view/help.h"
 #include "viewer/view/options.h"
 #include "viewer/viewer.h"
 
-#include <cstdio>
+#include <algorithm>
 #include <new>
 
 namespace {
@@ -32,25 +33,27 @@ void view(const Options& options) {
 } // namespace
 
 int wmain(int argc, wchar_t** argv) {
+    const std::vector<std::wstring> arguments(argv + 1, argv + argc);
+    // Whoever only saves may not be there to close a box.
+    const bool mayShowBox = std::find(arguments.begin(), arguments.end(), L"--save") == arguments.end();
+    const auto complain = [&](const std::string& text) {
+        tell(Output::error, "talview: " + text + "\n", mayShowBox);
+    };
     try {
-        const Options options = parseOptions({argv + 1, argv + argc});
-        if (options.help) {
-            std::fputs(helpText().c_str(), stdout);
-            return 0;
-        }
-        if (options.version) {
-            std::puts("talview " TALVIEW_VERSION);
+        const Options options = parseOptions(arguments);
+        if (options.help || options.version) {
+            tell(Output::standard, options.help ? helpText() : "talview " TALVIEW_VERSION "\n", true);
             return 0;
         }
         view(options);
         return 0;
     } catch (const UsageError& error) {
-        std::fprintf(stderr, "talview: %s\nTry 'talview --help'.\n", error.what());
+        complain(std::string(error.what()) + "\nTry 'talview --help'.");
         return 2;
     } catch (const std::runtime_error& failure) {
-        std::fprintf(stderr, "talview: %s\n", failure.what());
+        complain(failure.what());
     } catch (const std::bad_alloc&) {
-        std::fprintf(stderr, "talview: not enough memory\n");
+        complain("not enough memory");
     }
     return 1;
 }

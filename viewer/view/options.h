@@ -21,8 +21,9 @@ struct AskedLimits {
 };
 
 struct Options {
-    std::wstring image; // or a folder; empty: none yet
-    long frame = 1;     // of a file of several, counted from 1
+    std::wstring image;  // or a folder; empty: none yet
+    std::wstring folder; // where to look for one then; not on the command line
+    long frame = 1;      // of a file of several, counted from 1
     bool help = false;
     bool version = false;
 

@@ -1,0 +1,76 @@
+// Reading and replacing.
+#include "viewer/files/text_file.h"
+
+#include "viewer/view/failure.h"
+
+#include <talxrend.hpp>
+
+#include <memory>
+
+namespace talview {
+namespace {
+
+struct Close {
+    void operator()(HANDLE file) const { CloseHandle(file); }
+};
+
+using File = std::unique_ptr<void, Close>;
+
+constexpr DWORD mostBytes = 16 << 20;
+
+[[noreturn]] void throwLast(const std::string& what) {
+    throw talxrend::Failure(HRESULT_FROM_WIN32(GetLastError()), what);
+}
+
+File open(const std::wstring& path, DWORD access, DWORD disposition, const std::string& what) {
+    const HANDLE file = CreateFileW(path.c_str(), access, FILE_SHARE_READ, nullptr, disposition,
+                                    FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (file == INVALID_HANDLE_VALUE) {
+        throwLast(what);
+    }
+    return File(file);
+}
+
+} // namespace
+
+std::string readText(const std::wstring& path) {
+    const std::string what = "cannot read " + utf8(path);
+    const File file = open(path, GENERIC_READ, OPEN_EXISTING, what);
+    LARGE_INTEGER size{};
+    if (!GetFileSizeEx(file.get(), &size)) {
+        throwLast(what);
+    }
+    if (size.QuadPart > mostBytes) {
+        throw Failure(what + ": it is too large");
+    }
+    std::string text(static_cast<std::size_t>(size.QuadPart), '\0');
+    DWORD got = 0;
+    if (!ReadFile(file.get(), text.data(), static_cast<DWORD>(text.size()), &got, nullptr)) {
+        throwLast(what);
+    }
+    text.resize(got);
+    return text;
+}
+
+void writeText(const std::wstring& path, const std::string& text) {
+    const std::string what = "cannot write " + utf8(path);
+    // Two programs that write the same file do not meet.
+    const std::wstring newPath = path + L"." + std::to_wstring(GetCurrentProcessId()) + L".new";
+    try {
+        {
+            const File file = open(newPath, GENERIC_WRITE, CREATE_ALWAYS, what);
+            DWORD written = 0;
+            if (!WriteFile(file.get(), text.data(), static_cast<DWORD>(text.size()), &written, nullptr)) {
+                throwLast(what);
+            }
+        }
+        if (!MoveFileExW(newPath.c_str(), path.c_str(), MOVEFILE_REPLACE_EXISTING)) {
+            throwLast(what);
+        }
+    } catch (...) {
+        DeleteFileW(newPath.c_str());
+        throw;
+    }
+}
+
+} // namespace talview

@@ -1,0 +1,12 @@
+// What a scene shows, as a bitmap in memory.
+#pragma once
+
+#include "viewer/scene/scene.h"
+
+namespace talview {
+
+// The whole view in 24-bit colour, rows from the bottom as the clipboard wants them, drawn anew if something
+// has changed. Either engine. Throws talxrend::Failure.
+[[nodiscard]] talxrend::GdiOwner<HBITMAP> viewBitmap(Scene& scene);
+
+} // namespace talview
