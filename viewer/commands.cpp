@@ -1,12 +1,13 @@
 // What each command does, and what the menu shows of it.
 #include "viewer/commands.h"
 
-#include "viewer/about.h"
 #include "viewer/file_dialogs.h"
-#include "viewer/files/markers_file.h"
+#include "viewer/files/folder.h"
+#include "viewer/files/marker_file.h"
 #include "viewer/share/clipboard.h"
 #include "viewer/share/print.h"
 #include "viewer/share/save.h"
+#include "viewer/status_text.h"
 #include "viewer/view/contrast.h"
 #include "viewer/view/failure.h"
 #include "viewer/viewer.h"
@@ -15,6 +16,8 @@ namespace talview {
 namespace {
 
 constexpr long arrowStep = 40; // pixels of the view
+constexpr char about[] =
+    "talview " TALVIEW_VERSION "\nShows pictures through the render engines of talxrend.";
 
 } // namespace
 
@@ -59,17 +62,14 @@ bool Viewer::commandFile(int id) {
         }
         return true;
     case COMMAND_COPY:
-        copyPicture(*scene_, window_.handle());
+        copyView(window_.handle(), *scene_);
         tell(L"copied the picture");
         return true;
     case COMMAND_COPY_VALUE:
-        if (const auto text = valueUnderPointer(); !text.empty()) {
-            copyText(text, window_.handle());
-            tell(L"copied " + text);
-        }
+        copyValue();
         return true;
     case COMMAND_PRINT:
-        print(*scene_, window_.handle());
+        print(window_.handle(), *scene_, nameOf(shown_.path));
         return true;
     case COMMAND_CANCEL:
         cancel();
@@ -79,6 +79,29 @@ bool Viewer::commandFile(int id) {
         return true;
     }
     return false;
+}
+
+void Viewer::cancel() {
+    if (reader_.busy()) {
+        reader_.cancel();
+        asked_ = shown_;
+        tell(L"stopped");
+    } else if (view_.overlays().help) {
+        command(COMMAND_HELP);
+    } else if (window_.isFullScreen()) {
+        window_.setFullScreen(false);
+    } else {
+        PostQuitMessage(0);
+    }
+}
+
+void Viewer::copyValue() {
+    const auto pointer = window_.pointer();
+    const std::wstring text = pointer ? valueAt(view_, *pointer) : L"";
+    if (!text.empty()) {
+        copyText(window_.handle(), text);
+        tell(L"copied " + text);
+    }
 }
 
 bool Viewer::commandPlace(int id) {
@@ -185,7 +208,7 @@ bool Viewer::commandOverlay(int id) {
         overlays.help = !overlays.help;
         break;
     case COMMAND_ABOUT:
-        showAbout(window_.handle());
+        MessageBoxW(window_.handle(), wide(about).c_str(), L"talview", MB_OK);
         return true;
     default:
         return false;
@@ -206,6 +229,9 @@ void Viewer::commandMarker(int id) {
         if (const auto marker = pointer ? view_.markerAt(pointer->x, pointer->y) : std::nullopt) {
             view_.removeMarker(*marker);
         }
+        break;
+    case COMMAND_MARKER_NEXT:
+        view_.showNextMarker();
         break;
     case COMMAND_MARKERS_SAVE:
         writeMarkers(markersBeside(shown_.path), view_.markers());

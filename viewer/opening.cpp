@@ -10,10 +10,6 @@
 namespace talview {
 namespace {
 
-std::wstring nameOf(const std::wstring& path) {
-    return path.substr(path.find_last_of(L"\\/") + 1);
-}
-
 // A folder stands for its first picture.
 std::wstring pictureOf(const std::wstring& path) {
     if (!isFolder(path)) {
@@ -32,7 +28,8 @@ std::wstring pictureOf(const std::wstring& path) {
 FileRequest Viewer::requestFor(const std::wstring& path, unsigned frame) const {
     const std::wstring file = pictureOf(path);
     const bool isFirst = asked_.path.empty();
-    return {file, isFirst || file == asked_.path ? options_.mask : L"", options_.range, options_.depth, frame};
+    return {file, isFirst || file == asked_.path ? options_.mask : L"", options_.range, options_.depth,
+            frame};
 }
 
 void Viewer::open(const std::wstring& path, unsigned frame) {
@@ -111,20 +108,6 @@ void Viewer::setPicture(const FileRequest& request, FilePicture file) {
     frames_ = file.frames;
     watch_.watch(request.path);
     setTitle();
-}
-
-void Viewer::cancel() {
-    if (reader_.busy()) {
-        reader_.cancel();
-        asked_ = shown_;
-        tell(L"stopped");
-    } else if (view_.overlays().help) {
-        command(COMMAND_HELP);
-    } else if (window_.isFullScreen()) {
-        window_.setFullScreen(false);
-    } else {
-        PostQuitMessage(0);
-    }
 }
 
 } // namespace talview

@@ -25,8 +25,9 @@ std::wstring contrastText(const View& view) {
 
 std::wstring valueAt(const View& view, POINT at) {
     const auto pixel = view.pixelAt(at.x, at.y);
-    return pixel ? format(L"(%ld, %ld) = ", pixel->x, pixel->y) + valueText(*view.picture(), pixel->x, pixel->y)
-                 : L"";
+    return pixel
+               ? format(L"(%ld, %ld) = ", pixel->x, pixel->y) + valueText(*view.picture(), pixel->x, pixel->y)
+               : L"";
 }
 
 std::vector<std::wstring> statusTexts(const Scene& scene, std::optional<POINT> pointer,

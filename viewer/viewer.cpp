@@ -1,6 +1,8 @@
 // The viewer's life: its window, its scene, and what is drawn when.
 #include "viewer/viewer.h"
 
+#include "viewer/files/folder.h"
+#include "viewer/files/marker_file.h"
 #include "viewer/status_text.h"
 #include "viewer/view/failure.h"
 
@@ -14,7 +16,9 @@ Viewer::Viewer(const Options& options)
       reader_([this] { window_.wake(); }), watch_([this] { window_.wake(); }) {
     makeScene(options.directDraw);
     if (!options.markersFile.empty()) {
-        startMarkers_ = readMarkers(options.markersFile);
+        std::vector<Point> markers = readMarkers(options.markersFile);
+        markers.insert(markers.end(), options.markers.begin(), options.markers.end());
+        view_.setMarkers(std::move(markers));
     }
     if (!options.image.empty()) {
         options.interactive() ? open(options.image, options.frame - 1) : openAtOnce(options.image);
@@ -57,7 +61,8 @@ void Viewer::paint(const RECT& uncovered) {
     try {
         draw(uncovered);
     } catch (const talxrend::Failure&) {
-        // The engine may have lost what it draws on, with the display's colours for one: once, another one tries.
+        // The engine may have lost what it draws on, with the display's colours for one: once, another one
+        // tries.
         makeScene(scene_->isDirectDraw());
         draw(scene_->extent());
     }
@@ -117,8 +122,7 @@ void Viewer::tell(const std::wstring& message) {
 }
 
 void Viewer::setTitle() {
-    const std::wstring& path = shown_.path;
-    const std::wstring name = path.substr(path.find_last_of(L"\\/") + 1);
+    const std::wstring name = nameOf(shown_.path);
     SetWindowTextW(window_.handle(), (name + (name.empty() ? L"" : L" - ") + L"talview").c_str());
 }
 

@@ -47,6 +47,7 @@ private:
     bool commandContrast(int id);
     bool commandOverlay(int id);
     void commandMarker(int id);
+    void copyValue();
     void cancel();
 
     // Shows a file, or the first picture of a folder. If it cannot be read, the status line says why and the
@@ -69,8 +70,8 @@ private:
     void updateStatus();
 
     Options options_;
-    FileRequest shown_;  // the file of the picture
-    FileRequest asked_;  // the file that was to be shown last
+    FileRequest shown_; // the file of the picture
+    FileRequest asked_; // the file that was to be shown last
     unsigned frames_ = 1;
     talxrend::Guard failure_;
     std::optional<Image> image_;

@@ -107,7 +107,8 @@ void Window::setFullScreen(bool isFull) {
         style(WS_OVERLAPPEDWINDOW);
         SetMenu(handle(), menu_);
         SetWindowPlacement(handle(), &windowed_);
-        SetWindowPos(handle(), nullptr, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE | SWP_NOZORDER | SWP_FRAMECHANGED);
+        SetWindowPos(handle(), nullptr, 0, 0, 0, 0,
+                     SWP_NOMOVE | SWP_NOSIZE | SWP_NOZORDER | SWP_FRAMECHANGED);
     }
 }
 

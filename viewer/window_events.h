@@ -12,14 +12,14 @@ namespace talview {
 
 class WindowEvents {
 public:
-    virtual void command(int id) = 0;                     // one of commands.h, by its key or from the menu
+    virtual void command(int id) = 0; // one of commands.h, by its key or from the menu
     [[nodiscard]] virtual CommandState stateOf(int id) const = 0; // for the menu
-    virtual void dropped(const std::wstring& path) = 0;   // a file on the window
-    virtual void woken() = 0;                             // Window::wake was called, on whatever thread
-    virtual void paint(const RECT& uncovered) = 0;        // the damage, and what the screen has lost
+    virtual void dropped(const std::wstring& path) = 0;           // a file on the window
+    virtual void woken() = 0;                      // Window::wake was called, on whatever thread
+    virtual void paint(const RECT& uncovered) = 0; // the damage, and what the screen has lost
     virtual void resized() = 0;
     virtual void paletteChanged() = 0;
-    virtual void displayChanged() = 0;                    // the screen has other colours or another size
+    virtual void displayChanged() = 0; // the screen has other colours or another size
 
     // Places are pixels of the view.
     virtual void pressed(MouseButton button, POINT at, bool shift) = 0;

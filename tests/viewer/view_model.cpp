@@ -1,9 +1,9 @@
 // What talview must show, drawn by the plain model: view_model OUT BITS SOURCE OPTION...
 //
-// The options are talview's own, with a picture that begins with its file's name for a person only: SOURCE is the
-// same picture as PGM or PPM (a range picture's mask, which --mask names, is PGM itself). BITS is 15, 16 or 32, the
-// format of what is compared. OUT.ppm gets the view, OUT.pgm white where it says what must be there, and black,
-// as in OUT.ppm too, where texts may stand.
+// The options are talview's own, with a picture that begins with its file's name for a person only: SOURCE is
+// the same picture as PGM or PPM (a range picture's mask, which --mask names, is PGM itself). BITS is 15, 16
+// or 32, the format of what is compared. OUT.ppm gets the view, OUT.pgm white where it says what must be
+// there, and black, as in OUT.ppm too, where texts may stand.
 #include "tests/model/model.h"
 #include "viewer/view/failure.h"
 #include "viewer/view/pixel_grid.h"
@@ -150,7 +150,8 @@ Drawing draw(View& view, const model::Image& image, int bits) {
     drawing.fill(extent, {40, 44, 52});
     model::ColorState colors;
     const Coloring& coloring = view.coloring();
-    for (const auto rgb : colorTable(*coloring.map, view.picture()->valueCount(), coloring.limits, coloring.flags)) {
+    for (const auto rgb :
+         colorTable(*coloring.map, view.picture()->valueCount(), coloring.limits, coloring.flags)) {
         for (auto* entries : {&colors.grey8, &colors.grey16, &colors.range16}) {
             entries->push_back(colorOf(rgb));
         }

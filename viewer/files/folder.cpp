@@ -33,6 +33,10 @@ struct CloseSearch {
 
 } // namespace
 
+std::wstring nameOf(const std::wstring& path) {
+    return path.substr(path.find_last_of(L"\\/:") + 1);
+}
+
 bool isFolder(const std::wstring& path) {
     const DWORD attributes = GetFileAttributesW(path.c_str());
     return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY);

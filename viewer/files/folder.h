@@ -6,6 +6,9 @@
 
 namespace talview {
 
+// Of a file, without its folder.
+[[nodiscard]] std::wstring nameOf(const std::wstring& path);
+
 [[nodiscard]] bool isFolder(const std::wstring& path);
 
 // Paths of the files whose names end as those of pictures do, in the order of their names without regard to

@@ -67,7 +67,7 @@ std::vector<RECT> Scene::compose() {
     Damage& damage = view_.damage();
     const std::vector<Box> pinned = overlays_.pinned(overlayScene());
     if (view_.overlays() != overlayState_) {
-        for (const auto* boxes : {&pinned_, &pinned}) {
+        for (const std::vector<Box>* boxes : {&std::as_const(pinned_), &pinned}) {
             for (const Box& box : *boxes) {
                 damage.add(box);
             }
@@ -128,8 +128,8 @@ void Scene::drawLayer(long layer, const RECT& rect) {
 }
 
 void Scene::drawImage(const RECT& rect) {
-    // The centre-aligned method draws nothing of fewer than three columns or rows, and a screen of 256 colours
-    // shows 8-bit grey images only.
+    // The centre-aligned method draws nothing of fewer than three columns or rows, and a screen of 256
+    // colours shows 8-bit grey images only.
     RECT covered;
     const RECT place = imageRect();
     IntersectRect(&covered, &rect, &place);
@@ -138,7 +138,8 @@ void Scene::drawImage(const RECT& rect) {
     }
     if (image_) {
         const Placement& placement = view_.placement();
-        engine_.drawImage(imageLayer, image_.Get(), {placement.left(), placement.top()}, placement.scale(), rect);
+        engine_.drawImage(imageLayer, image_.Get(), {placement.left(), placement.top()}, placement.scale(),
+                          rect);
     }
 }
 
@@ -147,8 +148,8 @@ void Scene::drawMarkers(const RECT& rect) {
         const RECT box = rectOf(view_.markerBox(place));
         RECT part;
         if (IntersectRect(&part, &box, &rect)) {
-            engine_.drawIcon(markerLayer, marker_.icon(), marker_.colors(), marker_.transparencies(), box.left,
-                             box.top, 1, rect);
+            engine_.drawIcon(markerLayer, marker_.icon(), marker_.colors(), marker_.transparencies(),
+                             box.left, box.top, 1, rect);
         }
     }
 }

@@ -6,7 +6,8 @@
 
 namespace talview {
 
-constexpr long markerSize = 25; // width and height in pixels of the view; the place is the middle pixel's middle
+constexpr long markerSize =
+    25; // width and height in pixels of the view; the place is the middle pixel's middle
 constexpr std::uint32_t markerRed = 255;
 constexpr std::uint32_t markerGreen = 96;
 constexpr std::uint32_t markerBlue = 0;

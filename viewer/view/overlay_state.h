@@ -11,13 +11,11 @@ struct OverlayState {
     bool grid = true; // lines between pixels and values in them, where they are large enough
     bool colorBar = false;
     bool histogram = false;
-    bool profile = false;                         // the plot, and the line that its values are taken from
-    std::optional<Line> line;  // in image pixels, (0, 0) being the first one's corner
+    bool profile = false;     // the plot, and the line that its values are taken from
+    std::optional<Line> line; // in image pixels, whole numbers being their middles
     bool help = false;
 
-    [[nodiscard]] std::optional<Line> lineShown() const {
-        return profile ? line : std::nullopt;
-    }
+    [[nodiscard]] std::optional<Line> lineShown() const { return profile ? line : std::nullopt; }
     friend bool operator==(const OverlayState&, const OverlayState&) = default;
 };
 

@@ -7,9 +7,6 @@
 
 namespace talview {
 
-constexpr double gridScale = 16; // above, a grid tells the pixels apart
-constexpr double textScale = 48; // above, they have room for their values
-
 // One direction: columns with left edges and widths, or rows with top edges and heights. All positions are in
 // view pixels.
 class PixelAxis {

@@ -8,13 +8,16 @@
 namespace talview {
 namespace {
 
-// Markers stand for the middle of a pixel, which has whole numbers.
-Point inPixels(const View& view, Point at) {
-    const Point place = view.placement().toImage({at.x + 0.5, at.y + 0.5});
-    return {std::floor(place.x), std::floor(place.y)};
+Point rounded(Point place) {
+    return {std::round(place.x), std::round(place.y)};
 }
 
 } // namespace
+
+Point PointerInput::placeAt(Point view) const {
+    const Point corner = view_.placement().toImage({view.x + 0.5, view.y + 0.5});
+    return {corner.x - 0.5, corner.y - 0.5};
+}
 
 void PointerInput::press(MouseButton button, Point at, bool shift) {
     if (!view_.picture()) {
@@ -38,7 +41,7 @@ void PointerInput::press(MouseButton button, Point at, bool shift) {
 void PointerInput::pressLeft(Point at, bool shift) {
     const auto marker = view_.markerAt(std::lround(at.x), std::lround(at.y));
     if (shift) {
-        marker ? view_.removeMarker(*marker) : view_.addMarker(inPixels(view_, at));
+        marker ? view_.removeMarker(*marker) : view_.addMarker(rounded(placeAt(at)));
         action_ = Action::none;
     } else if (marker) {
         marker_ = *marker;
@@ -61,8 +64,7 @@ void PointerInput::move(Point to) {
         break;
     case Action::line: {
         OverlayState overlays = view_.overlays();
-        overlays.line = {view_.placement().toImage({start_.x + 0.5, start_.y + 0.5}),
-                         view_.placement().toImage({to.x + 0.5, to.y + 0.5})};
+        overlays.line = {placeAt(start_), placeAt(to)};
         view_.setOverlays(overlays);
         break;
     }
@@ -80,7 +82,7 @@ void PointerInput::dragMarker(Point to) {
     }
     const double scale = view_.placement().scale();
     markerAt_ = {markerAt_.x + (to.x - from_.x) / scale, markerAt_.y + (to.y - from_.y) / scale};
-    const Point whole{std::round(markerAt_.x), std::round(markerAt_.y)};
+    const Point whole = rounded(markerAt_);
     if (whole != view_.markers()[marker_]) {
         view_.moveMarker(marker_, whole);
     }

@@ -25,15 +25,17 @@ public:
 
 private:
     enum class Action { none, pan, marker, line, contrast };
+    // In image pixels, whole numbers being their middles.
+    [[nodiscard]] Point placeAt(Point view) const;
     void pressLeft(Point at, bool shift);
     void dragMarker(Point to);
 
     View& view_;
     Action action_ = Action::none;
-    Point from_;              // where the last step ended
+    Point from_;             // where the last step ended
     std::size_t marker_ = 0; // that is moved
     Point markerAt_;         // its place before rounding
-    Limits limits_;           // as the contrast's drag began
+    Limits limits_;          // as the contrast's drag began
     Point start_;
 };
 

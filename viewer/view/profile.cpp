@@ -52,7 +52,7 @@ Limits Profile::extremes() const {
     return found.low <= found.high ? found : Limits{};
 }
 
-Profile profileAlong(const Picture& picture, const ProfileLine& line) {
+Profile profileAlong(const Picture& picture, const Line& line) {
     const double dx = line.to.x - line.from.x;
     const double dy = line.to.y - line.from.y;
     const double count = std::round(std::max(std::abs(dx), std::abs(dy))) + 1;

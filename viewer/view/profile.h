@@ -8,16 +8,8 @@
 
 namespace talview {
 
-// Its ends, in image pixels; whole numbers are the middles of pixels.
-struct ProfileLine {
-    Point from;
-    Point to;
-    friend bool operator==(const ProfileLine& a, const ProfileLine& b) {
-        return a.from.x == b.from.x && a.from.y == b.from.y && a.to.x == b.to.x && a.to.y == b.to.y;
-    }
-};
-
-// A sample for each pixel of the line's longer side, both ends included, of the pixel that lies there.
+// Of a line whose ends are image positions, whole numbers being the middles of pixels: a sample for each
+// pixel of the line's longer side, both ends included, of the pixel that lies there.
 struct Profile {
     double start = 0; // of the first sample inside the picture: distance from the line's begin, in pixels
     double step = 0;  // distance from one sample to the next
@@ -30,7 +22,7 @@ struct Profile {
     [[nodiscard]] Limits extremes() const;
 };
 
-[[nodiscard]] Profile profileAlong(const Picture& picture, const ProfileLine& line);
+[[nodiscard]] Profile profileAlong(const Picture& picture, const Line& line);
 
 // What a curve covers in one column of a plot: from low to high; nothing (NaN) in a gap.
 struct ColumnRange {

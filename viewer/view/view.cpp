@@ -2,6 +2,7 @@
 #include "viewer/view/view.h"
 
 #include "viewer/view/limits.h"
+#include "viewer/view/pixel_grid.h"
 
 #include <algorithm>
 #include <cmath>
@@ -10,8 +11,12 @@
 namespace talview {
 
 View::View(const Options& options)
-    : options_(options), placement_(options.scale, options.at), coloring_{options.map, {0, 255}, options.flags},
-      masking_{options.hides, options.maskColor}, isCentre_(options.centre), overlays_{options.grid, options.colorBar, options.histogram, options.profile.has_value(), options.profile, false},
+    : options_(options), placement_(options.scale, options.at),
+      coloring_{options.map, {0, 255}, options.flags ? Flags::on : Flags::off}, masking_{options.hides,
+                                                                                         options.maskColor},
+      isCentre_(options.centre), overlays_{options.grid,      options.colorBar,
+                                           options.histogram, options.profile.has_value(),
+                                           options.profile,   false},
       markers_(options.markers) {}
 
 void View::setPicture(const Picture* picture, bool keepsView) {
@@ -39,11 +44,15 @@ void View::resize(long width, long height) {
 }
 
 std::optional<Pixel> View::pixelAt(long x, long y) const {
-    const Point place = placement_.toImage({x + 0.5, y + 0.5});
-    if (!picture_ || place.x < 0 || place.x >= picture_->width || place.y < 0 || place.y >= picture_->height) {
+    if (!picture_) {
         return std::nullopt;
     }
-    return Pixel{static_cast<long>(place.x), static_cast<long>(place.y)};
+    const PixelAxis columns(placement_.left(), picture_->width, placement_.scale());
+    const PixelAxis rows(placement_.top(), picture_->height, placement_.scale());
+    if (!Box{placement_.left(), placement_.top(), columns.end(), rows.end()}.holds(x, y)) {
+        return std::nullopt;
+    }
+    return Pixel{columns.pixelAt(x), rows.pixelAt(y)};
 }
 
 // What is drawn can be moved where every pixel of the image is drawn from the same place of it wherever it
@@ -113,11 +122,12 @@ void View::resetContrast() {
 
 void View::nextMap() {
     const auto& maps = colorMaps();
-    setColoring({coloring_.map == &maps.back() ? maps.data() : coloring_.map + 1, coloring_.limits, coloring_.flags});
+    setColoring(
+        {coloring_.map == &maps.back() ? maps.data() : coloring_.map + 1, coloring_.limits, coloring_.flags});
 }
 
 void View::toggleFlags() {
-    setColoring({coloring_.map, coloring_.limits, !coloring_.flags});
+    setColoring({coloring_.map, coloring_.limits, coloring_.flags == Flags::on ? Flags::off : Flags::on});
 }
 
 void View::toggleMask() {
@@ -148,8 +158,8 @@ void View::setOverlays(const OverlayState& overlays) {
 
 Box View::lineBox(const Line& line) const {
     constexpr long margin = 2; // what a line is wide
-    const Point from = placement_.toView(line.from);
-    const Point to = placement_.toView(line.to);
+    const Point from = placement_.toView({line.from.x + 0.5, line.from.y + 0.5});
+    const Point to = placement_.toView({line.to.x + 0.5, line.to.y + 0.5});
     const auto edge = [](double at) {
         return std::lround(std::clamp(std::floor(at), -1e9, 1e9));
     };
@@ -191,6 +201,13 @@ void View::moveMarker(std::size_t index, Point image) {
 void View::removeMarker(std::size_t index) {
     damage_.add(markerBox(markers_.at(index)));
     markers_.erase(markers_.begin() + static_cast<std::ptrdiff_t>(index));
+}
+
+void View::showNextMarker() {
+    if (!markers_.empty()) {
+        const Box box = markerBox(markers_[nextMarker_++ % markers_.size()]);
+        move((width_ - box.left - box.right) / 2, (height_ - box.top - box.bottom) / 2);
+    }
 }
 
 std::optional<std::size_t> View::markerAt(long x, long y) const {

@@ -19,7 +19,7 @@ namespace talview {
 struct Coloring {
     const ColorMap* map = nullptr;
     Limits limits;
-    bool flags = false; // values beyond the limits have colours of their own
+    Flags flags = Flags::off;
     friend bool operator==(const Coloring&, const Coloring&) = default;
 };
 
@@ -73,6 +73,7 @@ public:
     void addMarker(Point image);
     void moveMarker(std::size_t index, Point image);
     void removeMarker(std::size_t index);
+    void showNextMarker(); // moves the image so that one marker after the other is in the middle
     // The uppermost marker that covers a pixel of the view.
     [[nodiscard]] std::optional<std::size_t> markerAt(long x, long y) const;
     // What a marker covers of the view. It moves with the image, by whole pixels.
@@ -91,6 +92,7 @@ private:
     bool isCentre_;
     OverlayState overlays_;
     std::vector<Point> markers_;
+    std::size_t nextMarker_ = 0;
     long width_ = 1;
     long height_ = 1;
     Damage damage_;
