@@ -36,7 +36,7 @@ void Viewer::command(int id) {
 bool Viewer::commandFile(int id) {
     switch (id) {
     case COMMAND_OPEN:
-        if (const std::wstring path = askForPicture(window_.handle(), asked_.path); !path.empty()) {
+        if (const std::wstring path = askForPicture(window_.handle(), asked_.path.empty() ? options_.folder : asked_.path); !path.empty()) {
             open(path);
         }
         return true;
@@ -57,7 +57,7 @@ bool Viewer::commandFile(int id) {
         return true;
     case COMMAND_SAVE:
         if (const std::wstring path = askForSaveName(window_.handle(), shown_.path); !path.empty()) {
-            save(*scene_, talRenderTargetFormatUnspecified, path);
+            save(*scene_, static_cast<TalRenderTargetFormatConstants>(options_.format), path);
             tell(L"saved " + path);
         }
         return true;

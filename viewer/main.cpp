@@ -1,11 +1,13 @@
 // talview: shows an image in a window through a render engine, or saves what it would show.
 #include "viewer/classes_beside.h"
 #include "viewer/share/save.h"
+#include "viewer/state_file.h"
 #include "viewer/terminal.h"
 #include "viewer/view/failure.h"
 #include "viewer/view/help.h"
 #include "viewer/view/options.h"
 #include "viewer/viewer.h"
+#include "viewer/window_place.h"
 
 #include <algorithm>
 #include <new>
@@ -14,10 +16,16 @@ namespace {
 
 using namespace talview;
 
-void view(const Options& options) {
+void view(Options options) {
     const ClassesBeside classes;
     const talxrend::Apartment apartment;
+    const bool remembers = options.remembers && options.interactive();
+    const State before = remembers ? readState() : State();
+    useState(options, before);
     Viewer viewer(options);
+    if (!options.has(L"--size")) {
+        restorePlace(viewer.window(), before);
+    }
     const bool isShown = options.save.empty() || options.hold;
     if (isShown) {
         viewer.show();
@@ -27,6 +35,9 @@ void view(const Options& options) {
     }
     if (isShown) {
         viewer.run(options.hold);
+    }
+    if (remembers) {
+        writeState(viewer.state());
     }
 }
 

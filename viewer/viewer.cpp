@@ -1,10 +1,12 @@
 // The viewer's life: its window, its scene, and what is drawn when.
 #include "viewer/viewer.h"
 
+#include "viewer/file_dialogs.h"
 #include "viewer/files/folder.h"
 #include "viewer/files/marker_file.h"
 #include "viewer/status_text.h"
 #include "viewer/view/failure.h"
+#include "viewer/window_place.h"
 
 #include <chrono>
 #include <cstdio>
@@ -51,6 +53,15 @@ void Viewer::show() {
 void Viewer::run(std::optional<double> seconds) {
     window_.run(seconds);
     std::printf("drawn: %ld times\n", drawings_);
+}
+
+State Viewer::state() {
+    window_.setFullScreen(false);
+    State state;
+    keepPlace(window_.handle(), state);
+    state.map = view_.coloring().map->name;
+    state.folder = asked_.path.empty() ? options_.folder : wholeFolder(asked_.path);
+    return state;
 }
 
 void Viewer::changed() {

@@ -6,6 +6,7 @@
 #include "viewer/files/reader.h"
 #include "viewer/scene/scene.h"
 #include "viewer/view/options.h"
+#include "viewer/view/state.h"
 #include "viewer/view/view.h"
 #include "viewer/window.h"
 
@@ -21,6 +22,10 @@ public:
     ~Viewer();
 
     [[nodiscard]] Scene& scene() { return *scene_; }
+
+    [[nodiscard]] HWND window() const { return window_.handle(); }
+    // What the next run may begin with. The window is not full screen any more.
+    [[nodiscard]] State state();
 
     // Makes the window visible, and says on standard output where its picture is.
     void show();

@@ -29,13 +29,16 @@ Window::~Window() {
     detach();
 }
 
-// What the frame takes is known only when there is room for all of it; the status line joins it at the first
-// step.
+// What the frame takes is known only when there is room for all of it: the menu takes more rows where it is
+// narrow, and the status line joins at the first step.
 void Window::setClientSize(long width, long height) {
-    for (int i = 0; i < 3; ++i) {
+    for (int i = 0; i < 10; ++i) {
         RECT frame{};
         GetWindowRect(handle(), &frame);
         const RECT inner = client();
+        if (i > 0 && inner.right == width && inner.bottom == height) {
+            break;
+        }
         SetWindowPos(handle(), nullptr, 0, 0, frame.right - frame.left + width - inner.right,
                      frame.bottom - frame.top + height - inner.bottom,
                      SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE | SWP_FRAMECHANGED);

@@ -22,7 +22,9 @@ void keepPlace(HWND window, State& state) {
     if (GetWindowPlacement(window, &placement)) {
         const RECT& place = placement.rcNormalPosition;
         state.place = {place.left, place.top, place.right, place.bottom};
-        state.isMaximised = placement.showCmd == SW_SHOWMAXIMIZED;
+        state.isMaximised =
+            placement.showCmd == SW_SHOWMAXIMIZED ||
+            (placement.showCmd == SW_SHOWMINIMIZED && (placement.flags & WPF_RESTORETOMAXIMIZED));
     }
 }
 

@@ -4,8 +4,8 @@
 #include "viewer/share/view_bitmap.h"
 #include "viewer/view/failure.h"
 
-#include <cderr.h>
 #include <commdlg.h>
+#include <winspool.h>
 
 #include <algorithm>
 #include <cmath>
@@ -68,20 +68,28 @@ void freeGlobal(HGLOBAL memory) {
     }
 }
 
+// The dialog says that there is none in a box of its own, so it is not asked.
+bool isThereAPrinter() {
+    DWORD bytes = 0;
+    DWORD count = 0;
+    EnumPrintersW(PRINTER_ENUM_LOCAL | PRINTER_ENUM_CONNECTIONS, nullptr, 4, nullptr, 0, &bytes, &count);
+    return bytes != 0;
+}
+
 // The chosen printer; null if the person has chosen none.
 talxrend::GdiOwner<HDC> askForPrinter(HWND owner) {
+    if (!isThereAPrinter()) {
+        throw Failure("there is no printer");
+    }
     PRINTDLGW asked{};
     asked.lStructSize = sizeof asked;
     asked.hwndOwner = owner;
-    asked.Flags = PD_RETURNDC | PD_NOSELECTION | PD_NOPAGENUMS | PD_USEDEVMODECOPIESANDCOLLATE | PD_NOWARNING;
+    asked.Flags = PD_RETURNDC | PD_NOSELECTION | PD_NOPAGENUMS | PD_USEDEVMODECOPIESANDCOLLATE;
     const bool isChosen = PrintDlgW(&asked);
     talxrend::GdiOwner<HDC> printer(asked.hDC);
     freeGlobal(asked.hDevMode);
     freeGlobal(asked.hDevNames);
     const DWORD error = isChosen ? 0 : CommDlgExtendedError();
-    if (error == PDERR_NODEFAULTPRN || error == PDERR_NODEVICES) {
-        throw Failure("there is no printer");
-    }
     if (error != 0 || (isChosen && !printer)) {
         throw Failure("cannot ask for a printer (error " + std::to_string(error) + ")");
     }
