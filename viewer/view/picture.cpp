@@ -67,7 +67,10 @@ std::wstring kindText(const Picture& picture) {
         break;
     }
     const std::wstring alpha = picture.channels == 4 ? L" with alpha" : L"";
-    return (picture.real ? L"floating-point colour" : picture.deep ? L"16-bit colour" : L"colour") + alpha;
+    return (picture.real          ? L"floating-point colour"
+            : picture.depth == 16 ? L"16-bit colour"
+                                  : L"colour") +
+           alpha;
 }
 
 Limits dataLimits(const Picture& picture) {

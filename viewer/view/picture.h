@@ -46,7 +46,8 @@ struct Picture {
     PictureKind kind = PictureKind::grey8;
     long width = 0;
     long height = 0;
-    int depth = 8; // significant bits of a grey value: 8, or 8, 10, 12, 14 or 16 of grey16, or 16 of range16
+    int depth = 8; // significant bits of a grey value: 8, or 8, 10, 12, 14 or 16 of grey16, or 16 of range16;
+                   // of color: 16 where the file has more than 8 of a channel
 
     std::array<Block<std::uint8_t>, 3> bytes; // grey8: the first; color: red, green, blue
     Block<std::uint16_t> words;               // grey16, range16
