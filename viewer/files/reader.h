@@ -17,7 +17,7 @@ class Reader {
 public:
     struct Result {
         FileRequest request;
-        std::variant<FilePicture, std::string> what; // or why there is none: one line of UTF-8
+        std::variant<FilePicture, std::string> outcome; // or why there is none: one line of UTF-8
     };
 
     // wake: called on a thread of the reader's when the result is there, and up to 20 times a second when the
