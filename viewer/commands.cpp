@@ -85,6 +85,7 @@ void Viewer::cancel() {
     if (reader_.busy()) {
         reader_.cancel();
         asked_ = shown_;
+        watch_.watch(shown_.path);
         tell(L"stopped");
     } else if (view_.overlays().help) {
         command(COMMAND_HELP);

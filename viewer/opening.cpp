@@ -35,6 +35,7 @@ FileRequest Viewer::requestFor(const std::wstring& path, unsigned frame) const {
 void Viewer::open(const std::wstring& path, unsigned frame) {
     try {
         asked_ = requestFor(path, frame);
+        watch_.watch(asked_.path);
         reader_.start(asked_);
         tell(L"Reading " + nameOf(asked_.path));
     } catch (const Failure& failure) {
@@ -106,7 +107,6 @@ void Viewer::setPicture(const FileRequest& request, FilePicture file) {
     image_ = std::move(image); // the one before has been let go of
     shown_ = request;
     frames_ = file.frames;
-    watch_.watch(request.path);
     setTitle();
 }
 
