@@ -1,9 +1,11 @@
-// The viewer's command line, an argument on each line: whatever stands there, the options are usable or
-// refused.
+// The viewer's command line, an argument on each line, and the same text as the files that it reads: whatever
+// stands there, it is usable or refused.
 #include "viewer/view/failure.h"
 #include "viewer/view/limits.h"
+#include "viewer/view/marker_text.h"
 #include "viewer/view/options.h"
 #include "viewer/view/placement.h"
+#include "viewer/view/state.h"
 
 #include <cmath>
 #include <cstdlib>
@@ -14,6 +16,14 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const auto require = [](bool holds) {
         holds ? void() : std::abort();
     };
+    const std::string text(data, data + size);
+    const State state = parseState(text);
+    require(parseState(formatState(state)) == state);
+    try {
+        const std::string markers = formatMarkers(parseMarkers(text));
+        require(formatMarkers(parseMarkers(markers)) == markers);
+    } catch (const Failure&) {
+    }
     std::vector<std::wstring> arguments;
     std::wistringstream lines(std::wstring(data, data + size));
     for (std::wstring line; std::getline(lines, line);) {
