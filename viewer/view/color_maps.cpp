@@ -88,6 +88,17 @@ std::vector<std::uint32_t> colorTable(const ColorMap& map, std::uint32_t size, L
     return table;
 }
 
+std::uint32_t colorOf(std::uint32_t value, const ColorMap& map, std::uint32_t size, Limits limits,
+                      Flags flags) {
+    if (flags == Flags::on && (value > limits.high || value == size - 1)) {
+        return highFlag;
+    }
+    if (flags == Flags::on && (value < limits.low || value == 0)) {
+        return lowFlag;
+    }
+    return colorAt(map, (value - limits.low) / (limits.high - limits.low));
+}
+
 std::uint32_t colorAt(const ColorMap& map, double at) {
     const auto next =
         std::find_if(map.stops.begin() + 1, map.stops.end() - 1, [&](auto& stop) { return at < stop.at; });

@@ -38,6 +38,10 @@ constexpr std::uint32_t highFlag = 0xFF0000;
     return colorTable(map, size, Limits{low, high});
 }
 
+// What such a table has for one value.
+[[nodiscard]] std::uint32_t colorOf(std::uint32_t value, const ColorMap& map, std::uint32_t size,
+                                    Limits limits, Flags flags = Flags::off);
+
 // The colour at a place between 0 and 1.
 [[nodiscard]] std::uint32_t colorAt(const ColorMap& map, double at);
 
