@@ -36,7 +36,9 @@ void Viewer::command(int id) {
 bool Viewer::commandFile(int id) {
     switch (id) {
     case COMMAND_OPEN:
-        if (const std::wstring path = askForPicture(window_.handle(), asked_.path.empty() ? options_.folder : asked_.path); !path.empty()) {
+        if (const std::wstring path =
+                askForPicture(window_.handle(), asked_.path.empty() ? options_.folder : asked_.path);
+            !path.empty()) {
             open(path);
         }
         return true;

@@ -10,11 +10,11 @@ constexpr long margin = 12; // for 96 dots per inch
 
 } // namespace
 
-HelpPage::HelpPage(const std::vector<HelpRow>& rows, const OverlayFont& font) : rows_(rows), font_(font) {
-    for (const HelpRow& row : rows_) {
-        if (!row.meaning.empty()) {
-            keys_ = std::max(keys_, font.width(row.key));
-            meanings_ = std::max(meanings_, font.width(row.meaning));
+HelpPage::HelpPage(const std::vector<HelpLine>& rows, const OverlayFont& font) : rows_(rows), font_(font) {
+    for (const HelpLine& row : rows_) {
+        if (!row.keys.empty()) {
+            keys_ = std::max(keys_, font.width(row.keys));
+            meanings_ = std::max(meanings_, font.width(row.does));
         }
     }
 }
@@ -56,16 +56,16 @@ void HelpPage::draw(HDC dc, SIZE view, UINT dpi) const {
             line.left += blockWidth(dpi);
             line.top = page.top + gap;
         }
-        const HelpRow& row = rows_[i];
+        const HelpLine& row = rows_[i];
         line.bottom = line.top + font_.height();
         line.right = std::min(line.left + keys_ + gap + meanings_, page.right - 1);
-        if (row.meaning.empty()) {
-            drawLine(dc, line, row.key, Align::left, markColor);
+        if (row.keys.empty()) {
+            drawLine(dc, line, row.does, Align::left, markColor);
         } else {
-            drawLine(dc, line, row.key, Align::left);
+            drawLine(dc, line, row.keys, Align::left);
             RECT meaning = line;
             meaning.left += keys_ + gap;
-            drawLine(dc, meaning, row.meaning, Align::left);
+            drawLine(dc, meaning, row.does, Align::left);
         }
         line.top = line.bottom;
     }

@@ -2,20 +2,15 @@
 #pragma once
 
 #include "viewer/scene/overlay_paint.h"
+#include "viewer/view/help.h"
 
-#include <string>
 #include <vector>
 
 namespace talview {
 
-struct HelpRow {
-    std::wstring key; // with no meaning: the title of the rows below
-    std::wstring meaning;
-};
-
 class HelpPage {
 public:
-    HelpPage(const std::vector<HelpRow>& rows, const OverlayFont& font);
+    HelpPage(const std::vector<HelpLine>& rows, const OverlayFont& font);
 
     // In the middle of a view: the rows one below the other, or in blocks side by side if they are too many
     // for its height. What still does not fit is cut off.
@@ -27,7 +22,7 @@ private:
     [[nodiscard]] long blocks(SIZE view, UINT dpi) const;
     [[nodiscard]] long rowsOfBlock(long blocks) const;
 
-    const std::vector<HelpRow>& rows_;
+    const std::vector<HelpLine>& rows_;
     const OverlayFont& font_;
     long keys_ = 0; // width of each column
     long meanings_ = 0;

@@ -13,7 +13,6 @@ namespace {
 
 constexpr long inset = 2; // of a text in its cell
 constexpr long smallest = 7;
-constexpr long endSize = 3; // of a line: pixels beside the middle
 
 } // namespace
 
@@ -64,13 +63,8 @@ void PixelTexts::draw(HDC dc, const RECT& clip, const OverlayFont& font) const {
 }
 
 RECT LineOnImage::place() const {
-    const Point from = placement.toView({line.from.x + 0.5, line.from.y + 0.5});
-    const Point to = placement.toView({line.to.x + 0.5, line.to.y + 0.5});
-    const auto pixel = [](double place) {
-        return static_cast<long>(std::floor(std::clamp(place, -2e9, 2e9)));
-    };
-    return {pixel(std::min(from.x, to.x)) - endSize, pixel(std::min(from.y, to.y)) - endSize,
-            pixel(std::max(from.x, to.x)) + endSize + 1, pixel(std::max(from.y, to.y)) + endSize + 1};
+    const Box box = boxOfLine(placement, line);
+    return {box.left, box.top, box.right, box.bottom};
 }
 
 void LineOnImage::draw(HDC dc, const RECT& clip) const {
@@ -92,7 +86,7 @@ void LineOnImage::draw(HDC dc, const RECT& clip) const {
             fill(run, color);
         }
         // A square is a thick line as long as it is thick.
-        const long half = isEdge ? endSize : endSize - 1;
+        const long half = isEdge ? lineEndSize : lineEndSize - 1;
         for (const Point& end : {from, to}) {
             const Point first{std::floor(end.x) - half + 0.5, std::floor(end.y) + 0.5};
             const Point last{first.x + 2.0 * half, first.y};

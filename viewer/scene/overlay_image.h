@@ -3,6 +3,7 @@
 
 #include "viewer/scene/overlay_paint.h"
 #include "viewer/view/color_maps.h"
+#include "viewer/view/overlay_state.h"
 #include "viewer/view/picture.h"
 #include "viewer/view/placement.h"
 #include "viewer/view/profile.h"
@@ -30,7 +31,7 @@ private:
 
 // White with black edges, a square at each end.
 struct LineOnImage {
-    const ProfileLine& line;
+    const Line& line;
     const Placement& placement;
 
     // What it covers in the view.

@@ -4,6 +4,7 @@
 #include "viewer/scene/overlay_bar.h"
 #include "viewer/scene/overlay_image.h"
 #include "viewer/scene/overlay_plots.h"
+#include "viewer/view/help.h"
 #include "viewer/view/pixel_grid.h"
 
 #include <algorithm>
@@ -45,48 +46,45 @@ const OverlayFont& Overlays::font(UINT dpi) {
     return *font_;
 }
 
-bool Overlays::hasTexts(const OverlayScene& scene) const {
-    return shown.grid && scene.picture && scene.placement.scale() > textScale;
+bool Overlays::hasTexts(const OverlayScene& scene) {
+    return scene.shown.grid && scene.picture && scene.placement.scale() > valuesScale;
 }
 
 Overlays::Places Overlays::places(const OverlayScene& scene) {
     Places places;
     const OverlayFont& font = this->font(scene.dpi);
-    if (shown.help) {
-        places.help = HelpPage(help_, font).place(scene.view, scene.dpi);
+    if (scene.shown.help) {
+        places.help = HelpPage(helpLines(), font).place(scene.view, scene.dpi);
     }
     if (!scene.picture) {
         return places;
     }
     long left = 0;
     long right = scene.view.cx;
-    if (shown.colorBar && scene.picture->hasMap()) {
+    if (scene.shown.colorBar && scene.picture->hasMap()) {
         places.bar = ColorBar::place(scene.view, scene.dpi, font);
         right = places.bar.left;
     }
-    if (shown.histogram) {
+    if (scene.shown.histogram) {
         places.histogram = HistogramPlot::place(scene.view, scene.dpi, font);
         left = places.histogram.right;
     }
-    if (shown.profile && shown.line) {
+    if (scene.shown.lineShown()) {
         places.profile = ProfilePlot::place(scene.view, scene.dpi, font, left, right);
-        places.line = LineOnImage{*shown.line, scene.placement}.place();
+        places.line = LineOnImage{*scene.shown.line, scene.placement}.place();
     }
     return places;
 }
 
-std::vector<RECT> Overlays::pinned(const OverlayScene& scene) {
+std::vector<Box> Overlays::pinned(const OverlayScene& scene) {
     const Places at = places(scene);
-    std::vector<RECT> rects{at.bar, at.histogram, at.profile, at.help};
-    std::erase_if(rects, [](const RECT& rect) { return IsRectEmpty(&rect) != 0; });
-    return rects;
-}
-
-std::vector<RECT> Overlays::ofLine(const OverlayScene& scene) {
-    const Places at = places(scene);
-    std::vector<RECT> rects{at.line, at.profile};
-    std::erase_if(rects, [](const RECT& rect) { return IsRectEmpty(&rect) != 0; });
-    return rects;
+    std::vector<Box> boxes;
+    for (const RECT& rect : {at.bar, at.histogram, at.profile, at.help}) {
+        if (!IsRectEmpty(&rect)) {
+            boxes.push_back({rect.left, rect.top, rect.right, rect.bottom});
+        }
+    }
+    return boxes;
 }
 
 void Overlays::draw(const talxrend::Engine& engine, long layer, const RECT& rect, const OverlayScene& scene) {
@@ -108,13 +106,13 @@ void Overlays::drawByGdi(HDC dc, const RECT& rect, const OverlayScene& scene, co
     const OverlayFont& font = this->font(scene.dpi);
     const talxrend::Selected selected(dc, font.handle());
     if (touches(at.line, rect)) {
-        LineOnImage{*shown.line, scene.placement}.draw(dc, rect);
+        LineOnImage{*scene.shown.line, scene.placement}.draw(dc, rect);
     }
     if (touches(at.histogram, rect)) {
         drawHistogram(dc, at.histogram, scene);
     }
     if (touches(at.profile, rect)) {
-        const Profile profile = profileAlong(*scene.picture, *shown.line);
+        const Profile profile = profileAlong(*scene.picture, *scene.shown.line);
         ProfilePlot{profile, scene.picture->scale.unit}.draw(dc, at.profile, font);
     }
     if (touches(at.bar, rect)) {
@@ -122,14 +120,14 @@ void Overlays::drawByGdi(HDC dc, const RECT& rect, const OverlayScene& scene, co
                                                                                   font);
     }
     if (touches(at.help, rect)) {
-        HelpPage(help_, font).draw(dc, scene.view, scene.dpi);
+        HelpPage(helpLines(), font).draw(dc, scene.view, scene.dpi);
     }
 }
 
 void Overlays::drawGrid(const talxrend::Engine& engine, long layer, const RECT& rect,
-                        const OverlayScene& scene) const {
+                        const OverlayScene& scene) {
     const Placement& placement = scene.placement;
-    if (!shown.grid || !scene.picture || !(placement.scale() > gridScale)) {
+    if (!scene.shown.grid || !scene.picture || !(placement.scale() > gridScale)) {
         return;
     }
     const PixelAxis across(placement.left(), scene.picture->width, placement.scale());

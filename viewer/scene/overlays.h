@@ -8,7 +8,7 @@
 #include "viewer/scene/overlay_paint.h"
 #include "viewer/view/color_maps.h"
 #include "viewer/view/histogram.h"
-#include "viewer/view/overlay_options.h"
+#include "viewer/view/overlay_state.h"
 #include "viewer/view/picture.h"
 #include "viewer/view/placement.h"
 
@@ -22,6 +22,7 @@ namespace talview {
 // What the overlays are of.
 struct OverlayScene {
     const Picture* picture = nullptr; // null: there is none
+    const OverlayState& shown;
     const Placement& placement;
     const ColorMap& map;
     Limits limits;
@@ -32,11 +33,6 @@ struct OverlayScene {
 
 class Overlays {
 public:
-    Overlays(OverlayOptions options, std::vector<HelpRow> help)
-        : shown(std::move(options)), help_(std::move(help)) {}
-
-    OverlayOptions shown;
-
     // To be called when the scene has another picture, or the same one has other values: its histogram was
     // kept.
     void pictureChanged() { counts_.reset(); }
@@ -46,9 +42,7 @@ public:
     void draw(const talxrend::Engine& engine, long layer, const RECT& rect, const OverlayScene& scene);
 
     // What stays in place when the image moves.
-    [[nodiscard]] std::vector<RECT> pinned(const OverlayScene& scene);
-    // What changes with the line: the line itself and the plot.
-    [[nodiscard]] std::vector<RECT> ofLine(const OverlayScene& scene);
+    [[nodiscard]] std::vector<Box> pinned(const OverlayScene& scene);
 
 private:
     // Places in the view of what is on; nothing (empty) of what is not.
@@ -63,13 +57,12 @@ private:
     [[nodiscard]] const OverlayFont& font(UINT dpi);
     [[nodiscard]] Places places(const OverlayScene& scene);
     void drawByGdi(HDC dc, const RECT& rect, const OverlayScene& scene, const Places& at);
-    void drawGrid(const talxrend::Engine& engine, long layer, const RECT& rect,
-                  const OverlayScene& scene) const;
+    static void drawGrid(const talxrend::Engine& engine, long layer, const RECT& rect,
+                         const OverlayScene& scene);
     void drawTexts(HDC dc, const RECT& rect, const OverlayScene& scene);
     void drawHistogram(HDC dc, const RECT& place, const OverlayScene& scene);
-    [[nodiscard]] bool hasTexts(const OverlayScene& scene) const;
+    [[nodiscard]] static bool hasTexts(const OverlayScene& scene);
 
-    std::vector<HelpRow> help_;
     UINT dpi_ = 0; // of font_
     std::optional<OverlayFont> font_;
     std::optional<OverlayFont> textFont_; // in the pixels

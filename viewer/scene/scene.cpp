@@ -32,6 +32,7 @@ talxrend::ComPtr<ITalRenderEngine2> createEngine(bool directDraw) {
 Scene::Scene(HWND window, View& view, bool directDraw)
     : window_(window), view_(view),
       screenBits_(screenCapability(window, BITSPIXEL) * screenCapability(window, PLANES)),
+      dpi_(static_cast<UINT>(screenCapability(window, LOGPIXELSY))),
       palettised_((screenCapability(window, RASTERCAPS) & RC_PALETTE) != 0), marker_(palettised_),
       engine_(createEngine(directDraw), window, layerCount,
               [this](long layer, const RECT& rect) { drawLayer(layer, rect); }) {
@@ -43,6 +44,7 @@ Scene::Scene(HWND window, View& view, bool directDraw)
 void Scene::setImage(talxrend::ComPtr<ITalImage> image) {
     image_ = std::move(image);
     coloredPicture_ = nullptr; // another may have come to lie at its address
+    overlays_.pictureChanged();
 }
 
 void Scene::resize() {
@@ -155,7 +157,9 @@ void Scene::drawMarkers(const RECT& rect) {
 }
 
 OverlayScene Scene::overlayScene() const {
-    return {view_, extent()};
+    const Box view = view_.extent();
+    return {view_.picture(),         view_.overlays(),       view_.placement(),         *view_.coloring().map,
+            view_.coloring().limits, view_.coloring().flags, {view.right, view.bottom}, dpi_};
 }
 
 void Scene::applyColoring() {

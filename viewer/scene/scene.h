@@ -63,6 +63,7 @@ private:
     View& view_;
     talxrend::ComPtr<ITalImage> image_;
     int screenBits_;
+    UINT dpi_;
     bool palettised_; // the screen has 256 colours
     bool overlaysShown_ = true;
     Marker marker_;

@@ -3,6 +3,8 @@
 
 #include "viewer/view/geometry.h"
 
+#include "viewer/view/placement.h"
+
 #include <optional>
 
 namespace talview {
@@ -18,6 +20,10 @@ struct OverlayState {
     [[nodiscard]] std::optional<Line> lineShown() const { return profile ? line : std::nullopt; }
     friend bool operator==(const OverlayState&, const OverlayState&) = default;
 };
+
+constexpr long lineEndSize = 3; // of the squares at the line's ends: pixels of the view beside their middle
+// What the line covers of the view.
+[[nodiscard]] Box boxOfLine(const Placement& placement, const Line& line);
 
 constexpr double gridScale = 16;   // above which there is a grid
 constexpr double valuesScale = 48; // and values in the pixels

@@ -150,21 +150,10 @@ void View::setOverlays(const OverlayState& overlays) {
     if (before.lineShown() != overlays.lineShown()) {
         for (const OverlayState& state : {before, overlays}) {
             if (state.lineShown()) {
-                damage_.add(lineBox(*state.line));
+                damage_.add(boxOfLine(placement_, *state.line));
             }
         }
     }
-}
-
-Box View::lineBox(const Line& line) const {
-    constexpr long margin = 2; // what a line is wide
-    const Point from = placement_.toView({line.from.x + 0.5, line.from.y + 0.5});
-    const Point to = placement_.toView({line.to.x + 0.5, line.to.y + 0.5});
-    const auto edge = [](double at) {
-        return std::lround(std::clamp(std::floor(at), -1e9, 1e9));
-    };
-    return {edge(std::min(from.x, to.x)) - margin, edge(std::min(from.y, to.y)) - margin,
-            edge(std::max(from.x, to.x)) + margin + 1, edge(std::max(from.y, to.y)) + margin + 1};
 }
 
 Box View::markerBox(Point image) const {

@@ -80,7 +80,6 @@ public:
     [[nodiscard]] Box markerBox(Point image) const;
 
 private:
-    [[nodiscard]] Box lineBox(const Line& line) const;
     void placed(const Placement& before);
     void setColoring(const Coloring& coloring);
 
