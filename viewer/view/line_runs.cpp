@@ -12,14 +12,8 @@ Box transposed(const Box& box) {
     return {box.top, box.left, box.bottom, box.right};
 }
 
-} // namespace
-
-std::vector<Box> lineRuns(Point from, Point to, long thickness, const Box& clip) {
-    if (std::abs(to.y - from.y) > std::abs(to.x - from.x)) {
-        auto runs = lineRuns({from.y, from.x}, {to.y, to.x}, thickness, transposed(clip));
-        std::transform(runs.begin(), runs.end(), runs.begin(), transposed);
-        return runs;
-    }
+// Of a line that is no higher than wide.
+std::vector<Box> flatRuns(Point from, Point to, long thickness, const Box& clip) {
     if (from.x > to.x) {
         std::swap(from, to);
     }
@@ -44,6 +38,17 @@ std::vector<Box> lineRuns(Point from, Point to, long thickness, const Box& clip)
             runs.push_back(box);
         }
     }
+    return runs;
+}
+
+} // namespace
+
+std::vector<Box> lineRuns(Point from, Point to, long thickness, const Box& clip) {
+    if (std::abs(to.y - from.y) <= std::abs(to.x - from.x)) {
+        return flatRuns(from, to, thickness, clip);
+    }
+    auto runs = flatRuns({from.y, from.x}, {to.y, to.x}, thickness, transposed(clip));
+    std::transform(runs.begin(), runs.end(), runs.begin(), transposed);
     return runs;
 }
 
