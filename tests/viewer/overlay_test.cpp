@@ -14,8 +14,7 @@
 namespace talview {
 namespace {
 
-using talx::test::Random;
-using talx::test::runCases;
+using namespace talx::test;
 
 double channel(std::uint32_t color, int shift) {
     return color >> shift & 0xFF;
