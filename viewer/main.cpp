@@ -28,7 +28,7 @@ void view(Options options) {
     }
     const bool isShown = options.save.empty() || options.hold;
     if (isShown) {
-        viewer.show();
+        viewer.show(before.isMaximised && !options.has(L"--size"));
     }
     if (!options.save.empty()) {
         save(viewer.scene(), static_cast<TalRenderTargetFormatConstants>(options.format), options.save);

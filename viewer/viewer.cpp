@@ -40,9 +40,9 @@ void Viewer::makeScene(bool directDraw) {
     changed();
 }
 
-void Viewer::show() {
+void Viewer::show(bool isMaximised) {
+    window_.show(isMaximised);
     window_.setFullScreen(options_.fullScreen);
-    window_.show();
     POINT origin{};
     ClientToScreen(window_.handle(), &origin);
     const RECT view = scene_->extent();

@@ -28,7 +28,7 @@ public:
     [[nodiscard]] State state();
 
     // Makes the window visible, and says on standard output where its picture is.
-    void show();
+    void show(bool isMaximised);
     // Until the window is closed or the time is over; says then how often the scene was drawn.
     void run(std::optional<double> seconds);
 

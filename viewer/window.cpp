@@ -45,8 +45,8 @@ void Window::setClientSize(long width, long height) {
     }
 }
 
-void Window::show() {
-    ShowWindow(handle(), SW_SHOWNORMAL);
+void Window::show(bool isMaximised) {
+    ShowWindow(handle(), isMaximised ? SW_SHOWMAXIMIZED : SW_SHOWNORMAL);
     UpdateWindow(handle());
     run(0.2); // the system puts a new window on the screen in its own time
 }

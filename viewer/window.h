@@ -26,7 +26,7 @@ public:
     [[nodiscard]] StatusLine& status() { return status_; }
 
     // Makes the window visible, painted, and returns once it is.
-    void show();
+    void show(bool isMaximised);
     // Handles messages until the window is closed, the time is over or one failed. Throws its failure.
     void run(std::optional<double> seconds);
     // Asks for WindowEvents::paint, once no other message waits.

@@ -6,16 +6,13 @@
 
 namespace talview {
 
-// Thrown by set; whoever catches it knows the option and the value.
-struct BadValue {};
-
 struct Option {
     const wchar_t* name;
     const char* value; // in the help; empty: the option takes none
     // What the value may be; empty: what stands in value, with its bars.
     const char* allowed;
     const char* does;
-    void (*set)(Options& options, const std::wstring& value);
+    void (*set)(Options& options, const std::wstring& value); // throws BadValue
 };
 
 // In the order of the help.

@@ -3,6 +3,7 @@
 
 #include "viewer/view/failure.h"
 #include "viewer/view/option_table.h"
+#include "viewer/view/option_values.h"
 
 namespace talview {
 namespace {
