@@ -15,7 +15,7 @@ public:
     explicit ByteReader(const ByteSource& source, bool isLittle = false)
         : source_(source), isLittle_(isLittle) {}
 
-    [[nodiscard]] std::uint64_t size() const { return source_.size(); }
+    [[nodiscard]] std::uint64_t size() const { return source_.size; }
 
     // Of so many bytes, at most 4; none where they do not all lie in the source.
     [[nodiscard]] std::optional<std::uint64_t> number(std::uint64_t from, int bytes) {

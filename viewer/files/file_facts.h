@@ -5,18 +5,17 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 
 namespace talview {
 
 // Bytes that can be read at any place.
-class ByteSource {
-public:
-    virtual ~ByteSource() = default;
-    [[nodiscard]] virtual std::uint64_t size() const = 0;
-    // How many bytes were read, fewer than asked for where the source ends.
-    [[nodiscard]] virtual std::size_t read(std::uint64_t from, void* to, std::size_t count) const = 0;
+struct ByteSource {
+    std::uint64_t size = 0;
+    // Answers how many bytes were read, fewer than asked for where the source ends.
+    std::function<std::size_t(std::uint64_t from, void* to, std::size_t count)> read;
 };
 
 enum class FileKind { unknown, png, jpeg, tiff, bmp };

@@ -28,7 +28,13 @@ FileStream::FileStream(const std::wstring& path, MayRead mayRead)
     size_ = static_cast<std::uint64_t>(size.QuadPart);
 }
 
-std::size_t FileStream::read(std::uint64_t from, void* to, std::size_t count) const {
+ByteSource FileStream::bytes() const {
+    return {size_, [this](std::uint64_t from, void* to, std::size_t count) {
+                return readAt(from, to, count);
+            }};
+}
+
+std::size_t FileStream::readAt(std::uint64_t from, void* to, std::size_t count) const {
     OVERLAPPED place{};
     place.Offset = static_cast<DWORD>(from);
     place.OffsetHigh = static_cast<DWORD>(from >> 32);
@@ -62,7 +68,7 @@ HRESULT FileStream::Read(void* to, ULONG count, ULONG* done) {
     if (!mayRead_(std::min(1.0, static_cast<double>(given_) / static_cast<double>(size_ + 1)))) {
         return E_ABORT;
     }
-    const std::size_t bytes = read(at_, to, count);
+    const std::size_t bytes = readAt(at_, to, count);
     at_ += bytes;
     given_ += bytes;
     if (done) {

@@ -13,7 +13,7 @@
 namespace talview {
 
 // Others may write, rename or delete the file meanwhile. For one thread, as an object of COM.
-class FileStream final : public IStream, public ByteSource {
+class FileStream final : public IStream {
 public:
     // Asked before every read of the stream, with the share of the file that was given already; where it
     // answers no, the read fails, so that a decoder ends early.
@@ -22,8 +22,8 @@ public:
     // Throws talxrend::Failure.
     FileStream(const std::wstring& path, MayRead mayRead);
 
-    [[nodiscard]] std::uint64_t size() const override { return size_; }
-    [[nodiscard]] std::size_t read(std::uint64_t from, void* to, std::size_t count) const override;
+    // The file without a stream's place and without being asked; refers to the object.
+    [[nodiscard]] ByteSource bytes() const;
 
     STDMETHODIMP QueryInterface(REFIID iid, void** object) override;
     STDMETHODIMP_(ULONG) AddRef() override { return ++references_; }
@@ -50,7 +50,9 @@ private:
         void operator()(HANDLE file) const { CloseHandle(file); }
     };
 
-    ~FileStream() override = default;
+    ~FileStream() = default;
+
+    std::size_t readAt(std::uint64_t from, void* to, std::size_t count) const;
 
     std::unique_ptr<void, Close> file_;
     std::uint64_t size_ = 0;

@@ -43,7 +43,7 @@ Frame::Frame(const std::wstring& path, unsigned frame, Progress& progress, Part 
         throw Failure(utf8(path) + " has only " + std::to_string(frames_) +
                       (frames_ == 1 ? " picture" : " pictures"));
     }
-    facts_ = examine(*stream_.Get(), frame);
+    facts_ = examine(stream_->bytes(), frame);
     UINT width = 0;
     UINT height = 0;
     require(decoder_->GetFrame(frame, &frame_));
@@ -90,9 +90,9 @@ void Frame::require(HRESULT result) {
         throw std::bad_alloc();
     }
     if (facts_.kind == FileKind::unknown) {
-        facts_ = examine(*stream_.Get(), 0);
+        facts_ = examine(stream_->bytes(), 0);
     }
-    if (stream_->size() == 0) {
+    if (stream_->bytes().size == 0) {
         throwFailure("the file is empty");
     }
     if (facts_.endsEarly) {
