@@ -31,7 +31,9 @@ void view(Options options) {
         viewer.show(before.isMaximised && !options.has(L"--size"));
     }
     if (!options.save.empty()) {
+        viewer.scene().showOverlays(options.savesOverlays);
         save(viewer.scene(), static_cast<TalRenderTargetFormatConstants>(options.format), options.save);
+        viewer.scene().showOverlays(true);
     }
     if (isShown) {
         viewer.run(options.hold);
