@@ -1,5 +1,6 @@
 // Reading files beside the window, and what becomes of them.
 #include "viewer/files/folder.h"
+#include "viewer/files/marker_file.h"
 #include "viewer/files/picture_file.h"
 #include "viewer/view/failure.h"
 #include "viewer/viewer.h"
@@ -92,9 +93,24 @@ void Viewer::readingEnded(Reader::Result result) {
         return;
     }
     auto& file = std::get<FilePicture>(result.outcome);
+    const bool isAnother = result.request.path != shown_.path;
     tell(file.note);
     setPicture(result.request, std::move(file));
+    if (isAnother && view_.markers().empty()) {
+        readMarkersBeside();
+    }
     changed();
+}
+
+void Viewer::readMarkersBeside() {
+    const std::wstring path = markersBeside(shown_.path);
+    if (GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES) {
+        try {
+            view_.setMarkers(readMarkers(path));
+        } catch (const std::runtime_error& failure) {
+            tell(wide(failure.what()));
+        }
+    }
 }
 
 void Viewer::setPicture(const FileRequest& request, FilePicture file) {

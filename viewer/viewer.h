@@ -64,6 +64,7 @@ private:
     void openFrame(int steps);
     void reload();
     void readingEnded(Reader::Result result);
+    void readMarkersBeside();
     void setPicture(const FileRequest& request, FilePicture file);
 
     void makeScene(bool directDraw);

@@ -22,7 +22,7 @@ start() {
     xdotool mousemove 1000 740
     wine "$talview" "$@" --no-state --engine "$engine" --size $size >said 2>complaints &
     viewer=$!
-    eventually grep -q '^shown: ' said
+    eventually grep -q "^shown: " said
     IFS=', ' read -r _ _ _ left top _ <said
 }
 
