@@ -45,6 +45,6 @@ struct FileFacts {
 };
 
 // frame: the one of a TIFF file that is asked about, counted from 0.
-[[nodiscard]] FileFacts examine(const ByteSource& file, unsigned frame);
+[[nodiscard]] FileFacts examine(const ByteSource& source, unsigned frame);
 
 } // namespace talview

@@ -143,12 +143,13 @@ ComPtr<IWICBitmapSource> Frame::converted() const {
 
 std::vector<std::uint32_t> Frame::colors() {
     ComPtr<IWICPalette> palette;
-    std::vector<WICColor> colors(256);
+    std::vector<std::uint32_t> colors(256);
     UINT count = 0;
     require(factory_->CreatePalette(&palette));
     require(frame_->CopyPalette(palette.Get()));
     require(palette->GetColors(static_cast<UINT>(colors.size()), colors.data(), &count));
-    return {colors.begin(), colors.begin() + std::min<std::ptrdiff_t>(count, 256)};
+    colors.resize(std::min(count, 256u));
+    return colors;
 }
 
 // Answers how many rows the decoder gave. Where it fails in a strip, the rows are asked for one by one.
