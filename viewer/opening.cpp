@@ -81,7 +81,7 @@ void Viewer::woken() {
         tell(L"Reading " + nameOf(asked_.path) + L": " + std::to_wstring(std::lround(*share * 100)) +
              L" % (Esc stops it)");
     }
-    if (watch_.takeChange() && !reader_.busy()) {
+    if (!reader_.busy() && watch_.takeChange()) {
         reload();
     }
 }
@@ -115,7 +115,7 @@ void Viewer::readMarkersBeside() {
 
 void Viewer::setPicture(const FileRequest& request, FilePicture file) {
     if (options_.heights) {
-        file.picture.scale = *options_.heights;
+        file.picture.scale = options_.heights->after(file.picture.scale);
     }
     Image image(std::move(file.picture));
     scene_->setImage(image.object());

@@ -20,9 +20,10 @@ eventually() {
 start() {
     size=400x300
     xdotool mousemove 1000 740
+    rm -f said # of the one before
     wine "$talview" "$@" --no-state --engine "$engine" --size $size >said 2>complaints &
     viewer=$!
-    eventually grep -q "^shown: " said
+    eventually grep -qs "^shown: " said
     IFS=', ' read -r _ _ _ left top _ <said
 }
 

@@ -30,8 +30,7 @@ talxrend::ComPtr<ITalRenderEngine2> createEngine(bool directDraw) {
 } // namespace
 
 Scene::Scene(HWND window, View& view, bool directDraw)
-    : window_(window), view_(view),
-      screenBits_(screenCapability(window, BITSPIXEL) * screenCapability(window, PLANES)),
+    : view_(view), screenBits_(screenCapability(window, BITSPIXEL) * screenCapability(window, PLANES)),
       dpi_(static_cast<UINT>(screenCapability(window, LOGPIXELSY))),
       palettised_((screenCapability(window, RASTERCAPS) & RC_PALETTE) != 0), marker_(palettised_),
       engine_(createEngine(directDraw), window, layerCount,

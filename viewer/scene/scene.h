@@ -59,7 +59,6 @@ private:
     [[nodiscard]] RECT redrawn(const Box& box) const;
     [[nodiscard]] RECT imageRect() const;
 
-    HWND window_;
     View& view_;
     talxrend::ComPtr<ITalImage> image_;
     int screenBits_;
