@@ -133,6 +133,19 @@ TEST(PixelGrid, LinesAreWhereTheEngineBeginsAPixel) {
             before = pixel;
         }
         ASSERT_EQ(axis.lines(first, last), wanted) << size << " at " << scale;
+        const PixelAxis centre(begin, size, scale, true);
+        const std::int64_t start = std::max(-begin, 0L), end = covered.right - begin;
+        before = -1;
+        for (auto x = static_cast<long>(begin + start); size > 2 && x < covered.right; ++x) {
+            const auto pixel = talx::model::sourceOf(size, size, scale, {start, start, end, end},
+                                                     talx::model::centreMethod, x - begin, 0)
+                                   ->x;
+            ASSERT_EQ(centre.pixelAt(x), pixel) << x - begin << " at " << scale;
+            if (pixel != before && x > 0 && x > begin) {
+                ASSERT_EQ(centre.beginOf(static_cast<long>(pixel)), x) << pixel << " at " << scale;
+            }
+            before = pixel;
+        }
     });
 }
 

@@ -121,8 +121,8 @@ void drawGrid(Drawing& drawing, const View& view) {
     if (!view.overlays().grid || at.scale() <= gridScale) {
         return;
     }
-    const PixelAxis columns(at.left(), view.picture()->width, at.scale());
-    const PixelAxis rows(at.top(), view.picture()->height, at.scale());
+    const PixelAxis columns(at.left(), view.picture()->width, at.scale(), view.isCentre());
+    const PixelAxis rows(at.top(), view.picture()->height, at.scale(), view.isCentre());
     const auto xs = columns.lines(0, drawing.buffer.width);
     const auto ys = rows.lines(0, drawing.buffer.height);
     for (const long x : xs) {

@@ -37,8 +37,8 @@ COLORREF PixelTexts::textColorAt(long x, long y) const {
 }
 
 void PixelTexts::draw(HDC dc, const RECT& clip, const OverlayFont& font) const {
-    const PixelAxis across(placement.left(), picture.width, placement.scale());
-    const PixelAxis down(placement.top(), picture.height, placement.scale());
+    const PixelAxis across(placement.left(), picture.width, placement.scale(), isCentre);
+    const PixelAxis down(placement.top(), picture.height, placement.scale(), isCentre);
     RECT cells;
     const RECT covered{placement.left(), placement.top(), across.end(), down.end()};
     if (!IntersectRect(&cells, &clip, &covered)) {

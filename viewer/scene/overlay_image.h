@@ -15,6 +15,7 @@ namespace talview {
 struct PixelTexts {
     const Picture& picture;
     const Placement& placement;
+    bool isCentre;
     const ColorMap& map;
     Limits limits;
     Flags flags;

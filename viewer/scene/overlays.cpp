@@ -130,8 +130,8 @@ void Overlays::drawGrid(const talxrend::Engine& engine, long layer, const RECT& 
     if (!scene.shown.grid || !scene.picture || !(placement.scale() > gridScale)) {
         return;
     }
-    const PixelAxis across(placement.left(), scene.picture->width, placement.scale());
-    const PixelAxis down(placement.top(), scene.picture->height, placement.scale());
+    const PixelAxis across(placement.left(), scene.picture->width, placement.scale(), scene.isCentre);
+    const PixelAxis down(placement.top(), scene.picture->height, placement.scale(), scene.isCentre);
     const RECT covered{placement.left(), placement.top(), across.end(), down.end()};
     RECT part;
     if (!IntersectRect(&part, &rect, &covered)) {
@@ -149,7 +149,8 @@ void Overlays::drawTexts(HDC dc, const RECT& rect, const OverlayScene& scene) {
     if (!hasTexts(scene)) {
         return;
     }
-    const PixelTexts texts{*scene.picture, scene.placement, scene.map, scene.limits, scene.flags};
+    const PixelTexts texts{*scene.picture, scene.placement, scene.isCentre,
+                           scene.map,      scene.limits,    scene.flags};
     const long height = texts.textHeight(font(scene.dpi));
     if (height == 0) {
         return;

@@ -24,6 +24,7 @@ struct OverlayScene {
     const Picture* picture = nullptr; // null: there is none
     const OverlayState& shown;
     const Placement& placement;
+    bool isCentre; // the sampling method
     const ColorMap& map;
     Limits limits;
     Flags flags = Flags::off;

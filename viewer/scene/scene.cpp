@@ -157,8 +157,16 @@ void Scene::drawMarkers(const RECT& rect) {
 
 OverlayScene Scene::overlayScene() const {
     const Box view = view_.extent();
-    return {view_.picture(),         view_.overlays(),       view_.placement(),         *view_.coloring().map,
-            view_.coloring().limits, view_.coloring().flags, {view.right, view.bottom}, dpi_};
+    const Coloring& coloring = view_.coloring();
+    return {.picture = view_.picture(),
+            .shown = view_.overlays(),
+            .placement = view_.placement(),
+            .isCentre = view_.isCentre(),
+            .map = *coloring.map,
+            .limits = coloring.limits,
+            .flags = coloring.flags,
+            .view = {view.right, view.bottom},
+            .dpi = dpi_};
 }
 
 void Scene::applyColoring() {

@@ -1,5 +1,4 @@
-// Where the pixels of a magnified image begin and end in the view, to the view pixel, when the engine draws
-// it by the nearest method.
+// Where the pixels of an image lie in the view, to the view pixel, as the engine draws it.
 #pragma once
 
 #include <cstdint>
@@ -11,12 +10,13 @@ namespace talview {
 // view pixels.
 class PixelAxis {
 public:
-    // An image of size pixels (at least 1) whose first begins at begin, at a scale above 1.
-    PixelAxis(long begin, long size, double scale);
+    // An image of size pixels (at least 1) whose first begins at begin. isCentre: by the centre-aligned
+    // method instead of the nearest.
+    PixelAxis(long begin, long size, double scale, bool isCentre = false);
 
     // The pixel that is seen at a position, or would be if the image went on with its first and last ones.
     [[nodiscard]] long pixelAt(long position) const;
-    // The first position that shows a pixel; of one beyond the last, the image's end.
+    // At a scale above 1: the first position that shows a pixel; of one that none shows, the image's end.
     [[nodiscard]] long beginOf(long pixel) const;
     [[nodiscard]] long end() const { return static_cast<long>(begin_ + extent_); }
 
@@ -29,8 +29,17 @@ private:
     std::int64_t begin_;
     std::int64_t size_;
     std::int64_t extent_; // of the scaled image
-    std::int64_t whole_;  // the scale if it is a whole number, or as good as one; otherwise 0
+    // The offsets whose pixels are sampled; those beside show the same as the first and the last of them.
+    std::int64_t first_ = 0;
+    std::int64_t last_;
+    std::int64_t whole_ = 0; // the scale if it is a whole number, or as good as one; otherwise 0
     double scale_;
+    // Of the centre-aligned method: what is added to image positions, and from which offset it counts, there
+    // in 65536ths of an image pixel, in which steps.
+    double shift_ = 0;
+    std::int64_t counted_ = 0;
+    std::int64_t start_ = 0;
+    std::int64_t step_ = 0;
 };
 
 } // namespace talview

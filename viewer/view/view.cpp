@@ -47,8 +47,8 @@ std::optional<Pixel> View::pixelAt(long x, long y) const {
     if (!picture_) {
         return std::nullopt;
     }
-    const PixelAxis columns(placement_.left(), picture_->width, placement_.scale());
-    const PixelAxis rows(placement_.top(), picture_->height, placement_.scale());
+    const PixelAxis columns(placement_.left(), picture_->width, placement_.scale(), isCentre_);
+    const PixelAxis rows(placement_.top(), picture_->height, placement_.scale(), isCentre_);
     if (!Box{placement_.left(), placement_.top(), columns.end(), rows.end()}.holds(x, y)) {
         return std::nullopt;
     }
