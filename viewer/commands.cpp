@@ -12,6 +12,8 @@
 #include "viewer/view/failure.h"
 #include "viewer/viewer.h"
 
+#include <cmath>
+
 namespace talview {
 namespace {
 
@@ -90,7 +92,7 @@ void Viewer::cancel() {
         watch_.watch(shown_.path);
         tell(L"stopped");
     } else if (view_.overlays().help) {
-        command(COMMAND_HELP);
+        commandOverlay(COMMAND_HELP);
     } else if (window_.isFullScreen()) {
         window_.setFullScreen(false);
     } else {
@@ -109,7 +111,7 @@ void Viewer::copyValue() {
 
 bool Viewer::commandPlace(int id) {
     const Box view = view_.extent();
-    const Point middle{static_cast<double>(view.right / 2), static_cast<double>(view.bottom / 2)};
+    const Point middle{std::floor(view.right / 2.0), std::floor(view.bottom / 2.0)};
     switch (id) {
     case COMMAND_ZOOM_IN:
         view_.zoomAbout(middle, zoomStep);

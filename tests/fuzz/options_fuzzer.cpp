@@ -47,7 +47,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         for (const std::uint32_t color : colorTable(*options.map, 256, limits.low, limits.high)) {
             require(color <= 0xFFFFFF);
         }
-        Placement placement(4000, 3000, options.scale, options.at);
+        Placement placement(options.scale, options.at);
+        placement.begin(4000, 3000);
         placement.resize(options.width, options.height);
         for (const Point p : options.markers) {
             const Point under = placement.toImage(p);
