@@ -23,14 +23,16 @@ constexpr MakerAndTaker resources[] = {{"CreateCompatibleDC", "DeleteDC", 0},
                                        {"CreateDIBSection", "DeleteObject", 0},
                                        {"CreatePalette", "DeleteObject", 0},
                                        {"CreateSolidBrush", "DeleteObject", 0},
+                                       {"CreateFontIndirectW", "DeleteObject", 0},
                                        {"GetDC", "ReleaseDC", 1},
+                                       {"GetWindowDC", "ReleaseDC", 1},
                                        {"LoadLibraryExW", "FreeLibrary", 0},
                                        {"SafeArrayCreateVector", "SafeArrayDestroy", 0},
                                        {"SysAllocStringLen", "SysFreeString", 0},
                                        {"HeapAlloc", "HeapFree", 2},
                                        {"malloc", "free", 0},
                                        {"calloc", "free", 0}};
-constexpr std::span gdiResources(resources, 6);
+constexpr std::span gdiResources(resources, 8);
 
 // Watches a module from its construction to its destruction, at which nothing may be left.
 class LeakCheck {

@@ -9,12 +9,7 @@
 #include "viewer/viewer.h"
 
 namespace talview::test {
-
 using namespace talx::test;
-
-inline HMODULE program() {
-    return GetModuleHandleW(nullptr);
-}
 
 // What the scene shows, in 24-bit colour, rows from the bottom.
 inline std::string pixelsOf(Scene& scene) {
@@ -31,7 +26,7 @@ inline void expectAsDrawnWhole(Scene& scene) {
     EXPECT_TRUE(shown == pixelsOf(scene));
 }
 
-// A file on this run's own drive, of a picture that is grey by the row-major number of the pixel.
+// A file on this run's own drive, of a picture with pixels as grey as five times their row-major number.
 inline std::wstring pictureFile(const wchar_t* path, int width, int height) {
     const TestContext memory(width, height);
     for (int i = 0; i < width * height; ++i) {
@@ -42,84 +37,28 @@ inline std::wstring pictureFile(const wchar_t* path, int width, int height) {
 }
 
 struct Shown {
-    Shown(bool directDraw, const std::wstring& picture, double scale) {
-        Options options;
-        options.image = picture;
-        options.width = 320;
-        options.height = 240;
-        options.scale = scale;
-        options.at = Point{20, 10};
-        options.directDraw = directDraw;
-        options.hold = 0; // the picture is there at once
-        viewer.emplace(options);
-        viewer->show(false);
-        window = viewer->window();
+    // The picture is there at once. Its corner lies at (20, 10) of 320 x 240 pixels.
+    Shown(bool directDraw, const std::wstring& picture, const std::wstring& scale)
+        : viewer(parseOptions({picture, L"--scale", scale, L"--size", L"320x240", L"--at", L"20,10",
+                               L"--hold", L"0", L"--engine", directDraw ? L"directdraw" : L"gdi"})) {
+        viewer.show(false);
     }
-    ~Shown() { EXPECT_NO_THROW(viewer->run(0)) << "what a message has thrown"; }
+    ~Shown() { EXPECT_NO_THROW(viewer.run(0)) << "what a message has thrown"; }
 
     static void pump() {
         for (MSG message; PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE);) {
             DispatchMessageW(&message);
         }
     }
-    void send(UINT message, WPARAM wParam, int x = 0, int y = 0) const {
-        SendMessageW(window, message, wParam, MAKELPARAM(x, y));
-        pump();
+    void send(UINT message, WPARAM wParam, LPARAM lParam) const {
+        SendMessageW(window, message, wParam, lParam);
     }
-    void command(int id) const { send(WM_COMMAND, id); }
-    void drag(UINT down, POINT from, POINT to) const {
-        send(down, 0, from.x, from.y);
-        send(WM_MOUSEMOVE, 0, to.x, to.y);
-        send(down + 1, 0);
-    }
-    // With the shift key: adds a marker, or removes it.
-    void mark(int x, int y) const { send(WM_LBUTTONDOWN, MK_SHIFT, x, y); }
-    [[nodiscard]] Scene& scene() { return viewer->scene(); }
-    [[nodiscard]] View& view() { return scene().view(); }
+    void command(int id) const { send(WM_COMMAND, id, 0); }
 
-    std::optional<Viewer> viewer;
-    HWND window = nullptr;
-};
-
-struct Call {
-    std::string function;
-    RECT rect;
-};
-
-// What is called of an engine with a rectangle, and how its device context is clipped.
-class EngineCalls {
-public:
-    explicit EngineCalls(ITalRenderEngine2* engine) {
-        using Engine = ITalRenderEngine2;
-        std::vector<Import> entries = imports(program());
-        std::erase_if(entries, [](const Import& import) { return import.function != "IntersectClipRect"; });
-        const auto add = [&](const char* name, auto method, int firstSide) {
-            std::size_t offset = 0; // and 1, in a pointer to a virtual function
-            std::memcpy(&offset, &method, sizeof offset);
-            entries.push_back({"", name, *reinterpret_cast<void***>(engine) + offset / sizeof(void*)});
-            firstSide_[name] = firstSide;
-        };
-        add("BeginLayerUpdate", &Engine::BeginLayerUpdate, 2);
-        add("EndLayerUpdate", &Engine::EndLayerUpdate, 2);
-        add("Fill", &Engine::Fill, 2);
-        add("DrawImage", &Engine::DrawImage, 6);
-        add("DrawIcon8", &Engine::DrawIcon8, 8);
-        add("RefreshScreen", &Engine::RefreshScreen, 3);
-        gate_.emplace(entries, [this](const ImportedCall& call) {
-            const auto* side = &call.arguments[firstSide_[call.function]];
-            const auto at = [&](int i) {
-                return static_cast<LONG>(reinterpret_cast<std::intptr_t>(side[i]));
-            };
-            calls_.push_back({call.function, {at(0), at(1), at(2), at(3)}});
-            return std::nullopt;
-        });
-    }
-    [[nodiscard]] std::vector<Call> take() { return std::exchange(calls_, {}); }
-
-private:
-    std::map<std::string, int> firstSide_{{"IntersectClipRect", 1}}; // its place among the arguments
-    std::vector<Call> calls_;
-    std::optional<ImportGate> gate_;
+    Viewer viewer;
+    const HWND window = viewer.window();
+    Scene& scene() { return viewer.scene(); }
+    View& view() { return scene().view(); }
 };
 
 } // namespace talview::test
