@@ -83,9 +83,10 @@ const std::vector<Option>& optionTable() {
         {L"--map", "NAME", "", "colours of grey and range images (grey): ", setMap},
         {L"--limits", "LOW,HIGH|auto|full", "two numbers, the smaller one first, or auto or full",
          "values that get the map's first and last colour; auto: the image's smallest and largest; full: all "
-         "of its depth (full for 8-bit grey, otherwise auto)",
+         "of its depth; numbers in the unit of --heights (full for 8-bit grey, otherwise auto)",
          setLimits},
-        {L"--flags", "", "", "shows pixels at and beyond the limits in colours of their own",
+        {L"--flags", "", "",
+         "blue for values below the limits, and for 0; red for those above, and for the largest of the depth",
          [](Options& o, Text) {
              o.flags = true;
          }},
@@ -112,7 +113,7 @@ const std::vector<Option>& optionTable() {
              o.hides = false;
          }},
         {L"--heights", "FACTOR,OFFSET[,UNIT]",
-         "a number that is not 0, a comma, a number, and, after another comma, a unit",
+         "two numbers, the first one not 0, and perhaps a unit, such as 0.002,-5,mm",
          "what grey and range values mean: value * FACTOR + OFFSET", setHeights},
         {L"--frame", "N", "a whole number from 1 to 100000", "the picture in a file of several (1)",
          [](Options& o, Text v) {
@@ -122,7 +123,7 @@ const std::vector<Option>& optionTable() {
          [](Options& o, Text v) {
              o.markers.push_back(parsePoint(v));
          }},
-        {L"--markers", "FILE", fileName, "markers of a CSV file (IMAGE.markers.csv)",
+        {L"--markers", "FILE", fileName, "marks the places in a CSV file, such as Ctrl+M writes",
          [](Options& o, Text v) {
              o.markersFile = parseFile(v);
          }},
