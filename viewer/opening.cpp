@@ -119,7 +119,7 @@ void Viewer::setPicture(const FileRequest& request, FilePicture file) {
     }
     Image image(std::move(file.picture));
     scene_->setImage(image.object());
-    view_.setPicture(&image.picture(), request.path == shown_.path);
+    view_.setPicture(image.picture(), request.path == shown_.path);
     image_ = std::move(image); // the one before has been let go of
     shown_ = request;
     frames_ = file.frames;

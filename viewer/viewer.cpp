@@ -83,7 +83,8 @@ void Viewer::paint(const RECT& uncovered) {
 void Viewer::draw(const RECT& uncovered) {
     using Clock = std::chrono::steady_clock;
     const auto start = Clock::now();
-    const std::vector<RECT> drawn = scene_->compose();
+    scene_->compose();
+    const std::vector<RECT> drawn = scene_->takeComposed();
     for (const RECT& part : drawn) {
         scene_->refresh(part);
     }

@@ -209,7 +209,7 @@ int main(int argc, char** argv) {
         const Source source(argv[3], options);
         View view(options);
         view.resize(options.width, options.height);
-        view.setPicture(&source.picture, false);
+        view.setPicture(source.picture, false);
         write(draw(view, source.image, std::stoi(argv[2])), argv[1]);
         return 0;
     } catch (const std::exception& failure) {

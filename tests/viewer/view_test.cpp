@@ -18,7 +18,7 @@ struct ViewState : testing::Test {
         picture.words = Block<std::uint16_t>(5000);
         std::iota(picture.words.data(), picture.words.data() + 5000, std::uint16_t{1000});
         view.resize(400, 300);
-        view.setPicture(&picture, false);
+        view.setPicture(picture, false);
         EXPECT_EQ(work().boxes, std::vector{view.extent()});
     }
     Repair work() { return view.damage().take({}, {}); }
@@ -96,7 +96,7 @@ TEST_F(ViewState, MarkersTouchOnlyTheirPlaces) {
     Picture other;
     other.width = other.height = 9;
     other.bytes[0] = Block<std::uint8_t>(81);
-    view.setPicture(&other, false);
+    view.setPicture(other, false);
     EXPECT_TRUE(view.markers().empty());
 }
 
@@ -113,7 +113,18 @@ TEST_F(ViewState, ContrastBeginsAtTheDataAndGoesBackThere) {
     drag(MouseButton::right, {100, 100}, {100, 100});
     EXPECT_TRUE(view.damage().isEmpty());
     Picture same = std::move(picture);
-    view.setPicture(&same, true);
+    view.setPicture(same, true);
+    EXPECT_EQ(view.coloring().limits, (Limits{5999, 10998}));
+    Picture scaled; // where the limits mean what they did
+    scaled.kind = PictureKind::grey16;
+    scaled.width = scaled.height = 1;
+    scaled.depth = 16;
+    scaled.words = Block<std::uint16_t>(1);
+    scaled.words[0] = 7;
+    scaled.scale = {0.5, 1000, L""};
+    view.setPicture(scaled, true);
+    EXPECT_EQ(view.coloring().limits, (Limits{9998, 19996}));
+    view.setPicture(same, true);
     EXPECT_EQ(view.coloring().limits, (Limits{5999, 10998}));
     view.showDataLimits();
     EXPECT_EQ(view.coloring().limits, opened);

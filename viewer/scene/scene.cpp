@@ -64,7 +64,7 @@ void Scene::showOverlays(bool shown) {
     }
 }
 
-std::vector<RECT> Scene::compose() {
+void Scene::compose() {
     Damage& damage = view_.damage();
     const std::vector<Box> pinned = overlays_.pinned(overlayScene());
     if (view_.overlays() != overlayState_) {
@@ -75,7 +75,7 @@ std::vector<RECT> Scene::compose() {
         }
     }
     if (damage.isEmpty()) {
-        return {};
+        return;
     }
     applyColoring();
     applyMasking();
@@ -84,13 +84,13 @@ std::vector<RECT> Scene::compose() {
     overlayState_ = view_.overlays();
     pinned_ = pinned;
     moveDrawn(repair.dx, repair.dy);
-    std::vector<RECT> parts;
-    for (const Box& box : repair.boxes) {
-        parts.push_back(redrawn(box));
-        engine_.update(parts.back());
+    if (repair.dx != 0 || repair.dy != 0) {
+        composed_.push_back(extent());
     }
-    const bool isMoved = repair.dx != 0 || repair.dy != 0;
-    return isMoved ? std::vector{extent()} : parts;
+    for (const Box& box : repair.boxes) {
+        composed_.push_back(redrawn(box));
+        engine_.update(composed_.back());
+    }
 }
 
 RECT Scene::imageRect() const {

@@ -9,6 +9,9 @@
 
 #include <talxrend.hpp>
 
+#include <utility>
+#include <vector>
+
 namespace talview {
 
 class Scene {
@@ -36,8 +39,10 @@ public:
     void resize();
     void paletteChanged();
 
-    // Draws what of the view is damaged, and says which parts of it are not as they were.
-    std::vector<RECT> compose();
+    // Draws what of the view is damaged, for the screen or for a render target.
+    void compose();
+    // The parts of the view that are not on the screen as they were composed since this was asked last.
+    [[nodiscard]] std::vector<RECT> takeComposed() { return std::exchange(composed_, {}); }
     // Copies a rectangle of the composed picture to the screen or to the engine's render target.
     void refresh(const RECT& rect) const { engine_.show(rect); }
 
@@ -76,6 +81,7 @@ private:
     bool isCentre_ = false;
     OverlayState overlayState_;
     std::vector<Box> pinned_;
+    std::vector<RECT> composed_;
 };
 
 } // namespace talview

@@ -40,6 +40,7 @@ struct ValueScale {
     double offset = 0;
     std::wstring unit;
     [[nodiscard]] double of(double value) const { return value * factor + offset; }
+    [[nodiscard]] double valueOf(double number) const { return (number - offset) / factor; }
     // This scale of what another one gives.
     [[nodiscard]] ValueScale after(const ValueScale& first) const {
         return {first.factor * factor, of(first.offset), unit};

@@ -25,6 +25,7 @@ void PointerInput::press(MouseButton button, Point at, bool shift) {
     }
     from_ = at;
     start_ = at;
+    lineStart_ = placeAt(at);
     switch (button) {
     case MouseButton::left:
         return pressLeft(at, shift);
@@ -41,8 +42,12 @@ void PointerInput::press(MouseButton button, Point at, bool shift) {
 void PointerInput::pressLeft(Point at, bool shift) {
     const auto marker = view_.markerAt(std::lround(at.x), std::lround(at.y));
     if (shift) {
-        marker ? view_.removeMarker(*marker) : view_.addMarker(rounded(placeAt(at)));
         action_ = Action::none;
+        if (marker) {
+            view_.removeMarker(*marker);
+        } else if (const auto pixel = view_.pixelAt(std::lround(at.x), std::lround(at.y))) {
+            view_.addMarker({static_cast<double>(pixel->x), static_cast<double>(pixel->y)});
+        }
     } else if (marker) {
         marker_ = *marker;
         markerAt_ = view_.markers()[marker_];
@@ -64,7 +69,7 @@ void PointerInput::move(Point to) {
         break;
     case Action::line: {
         OverlayState overlays = view_.overlays();
-        overlays.line = {placeAt(start_), placeAt(to)};
+        overlays.line = {lineStart_, placeAt(to)};
         view_.setOverlays(overlays);
         break;
     }

@@ -36,7 +36,8 @@ private:
     std::size_t marker_ = 0; // that is moved
     Point markerAt_;         // its place before rounding
     Limits limits_;          // as the contrast's drag began
-    Point start_;
+    Point start_;            // where the button went down
+    Point lineStart_;        // the same in image pixels
 };
 
 } // namespace talview

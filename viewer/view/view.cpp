@@ -19,20 +19,38 @@ View::View(const Options& options)
                                            options.profile,   false},
       markers_(options.markers) {}
 
-void View::setPicture(const Picture* picture, bool keepsView) {
-    const bool isFirst = !picture_;
-    picture_ = picture;
-    if (picture_) {
-        isFirst ? placement_.begin(picture_->width, picture_->height)
-                : placement_.setImage(picture_->width, picture_->height);
-        if (!isFirst && !keepsView) {
-            markers_.clear();
-            overlays_.line.reset();
-        }
-        if (isFirst || !keepsView) {
-            coloring_.limits = openingLimits(options_, *picture_);
-        }
+void View::setPicture(const Picture& picture, bool keepsView) {
+    const Picture* before = std::exchange(picture_, &picture);
+    if (!before) {
+        placement_.begin(picture.width, picture.height);
+    } else {
+        placement_.setImage(picture.width, picture.height);
     }
+    if (before && !keepsView) {
+        markers_.clear();
+        areMarkersChanged_ = false;
+        overlays_.line.reset();
+    }
+    coloring_.limits = keepsView && before ? limitsKept(*before) : openingLimits(options_, picture);
+    openedLimits_ = openingLimits(options_, picture);
+    damage_.addAll();
+}
+
+// Limits that a person has set stay what they mean, though the values may have another scale now.
+Limits View::limitsKept(const Picture& before) const {
+    const Picture& now = *picture_;
+    if (coloring_.limits == openedLimits_ || before.kind != now.kind || before.depth != now.depth) {
+        return openingLimits(options_, now);
+    }
+    const auto [low, high] = std::minmax({now.scale.valueOf(before.scale.of(coloring_.limits.low)),
+                                          now.scale.valueOf(before.scale.of(coloring_.limits.high))});
+    return low < high ? Limits{low, high} : openingLimits(options_, now);
+}
+
+void View::forgetOpening() {
+    placement_.fit();
+    markers_.clear();
+    overlays_.line.reset();
     damage_.addAll();
 }
 
@@ -72,6 +90,9 @@ void View::fit() {
 }
 
 void View::center() {
+    if (!picture_) {
+        return;
+    }
     const Placement before = placement_;
     placement_.center();
     placed(before);
@@ -82,11 +103,16 @@ void View::zoomAbout(Point at, double factor) {
 }
 
 void View::zoomTo(Point at, double scale) {
-    placement_.zoomTo(at, scale);
-    damage_.addAll();
+    if (picture_) {
+        placement_.zoomTo(at, scale);
+        damage_.addAll();
+    }
 }
 
 void View::move(long dx, long dy) {
+    if (!picture_) {
+        return;
+    }
     const Placement before = placement_;
     placement_.move({static_cast<double>(dx), static_cast<double>(dy)});
     placed(before);
@@ -171,6 +197,7 @@ void View::setMarkers(std::vector<Point> markers) {
         damage_.add(markerBox(marker));
     }
     markers_ = std::move(markers);
+    areMarkersChanged_ = false;
     for (const Point& marker : markers_) {
         damage_.add(markerBox(marker));
     }
@@ -178,17 +205,20 @@ void View::setMarkers(std::vector<Point> markers) {
 
 void View::addMarker(Point image) {
     markers_.push_back(image);
+    areMarkersChanged_ = true;
     damage_.add(markerBox(image));
 }
 
 void View::moveMarker(std::size_t index, Point image) {
     damage_.add(markerBox(markers_.at(index)));
     markers_[index] = image;
+    areMarkersChanged_ = true;
     damage_.add(markerBox(image));
 }
 
 void View::removeMarker(std::size_t index) {
     damage_.add(markerBox(markers_.at(index)));
+    areMarkersChanged_ = true;
     markers_.erase(markers_.begin() + static_cast<std::ptrdiff_t>(index));
 }
 

@@ -33,11 +33,15 @@ class View {
 public:
     explicit View(const Options& options);
 
-    // Null: none. The picture must outlive its being shown. keepsView: it is the same one read again, or
-    // another of its file: its markers and limits stay.
-    void setPicture(const Picture* picture, bool keepsView);
+    // The picture must outlive its being shown; the one before must be there still. keepsView: it is the same
+    // one read again, or another of its file: its markers, and limits that a person has set, stay.
+    void setPicture(const Picture& picture, bool keepsView);
+    // The picture that the options were meant for cannot be shown: the next one lies as it would without
+    // them.
+    void forgetOpening();
     void resize(long width, long height);
 
+    // Null: none yet.
     [[nodiscard]] const Picture* picture() const { return picture_; }
     [[nodiscard]] const Placement& placement() const { return placement_; }
     [[nodiscard]] const Coloring& coloring() const { return coloring_; }
@@ -51,6 +55,7 @@ public:
     // The image pixel under a pixel of the view, if there is one.
     [[nodiscard]] std::optional<Pixel> pixelAt(long x, long y) const;
 
+    // Without a picture there is nothing to move.
     void fit();
     void center();
     void zoomAbout(Point at, double factor); // a place of the view stays where it is
@@ -69,7 +74,10 @@ public:
     // Changes that overlays draw: switches, the line of the profile.
     void setOverlays(const OverlayState& overlays);
 
-    void setMarkers(std::vector<Point> markers);
+    void setMarkers(std::vector<Point> markers); // that a file or the command line has
+    // A person has changed them since they were set or kept.
+    [[nodiscard]] bool areMarkersChanged() const { return areMarkersChanged_; }
+    void markersKept() { areMarkersChanged_ = false; }
     void addMarker(Point image);
     void moveMarker(std::size_t index, Point image);
     void removeMarker(std::size_t index);
@@ -80,6 +88,7 @@ public:
     [[nodiscard]] Box markerBox(Point image) const;
 
 private:
+    [[nodiscard]] Limits limitsKept(const Picture& before) const;
     void placed(const Placement& before);
     void setColoring(const Coloring& coloring);
 
@@ -87,11 +96,13 @@ private:
     const Picture* picture_ = nullptr;
     Placement placement_;
     Coloring coloring_;
+    Limits openedLimits_; // that the picture was opened with
     Masking masking_;
     bool isCentre_;
     OverlayState overlays_;
     std::vector<Point> markers_;
     std::size_t nextMarker_ = 0;
+    bool areMarkersChanged_ = false;
     long width_ = 1;
     long height_ = 1;
     Damage damage_;
