@@ -83,7 +83,7 @@ const std::vector<HelpLine>& helpLines() {
         {L"Delete, Shift+click", L"delete the marker under the pointer"},
         {L"Tab", L"go to the next marker"},
         {L"Ctrl+M", L"save the markers beside the picture"},
-        {L"Ctrl+L", L"show the markers saved there"},
+        {L"Ctrl+L", L"read them again"},
         {L"", L"Help"},
         {L"F1", L"this page"},
     };

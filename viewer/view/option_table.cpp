@@ -123,7 +123,8 @@ const std::vector<Option>& optionTable() {
          [](Options& o, Text v) {
              o.markers.push_back(parsePoint(v));
          }},
-        {L"--markers", "FILE", fileName, "marks the places in a CSV file, such as Ctrl+M writes",
+        {L"--markers", "FILE", fileName,
+         "markers of a CSV file, such as Ctrl+M writes (in a window: IMAGE.markers.csv)",
          [](Options& o, Text v) {
              o.markersFile = parseFile(v);
          }},
