@@ -136,7 +136,8 @@ TEST(PixelGrid, LinesAreWhereTheEngineBeginsAPixel) {
         const PixelAxis centre(begin, size, scale, true);
         const std::int64_t start = std::max(-begin, 0L), end = covered.right - begin;
         before = -1;
-        for (auto x = static_cast<long>(begin + start); size > 2 && x < covered.right; ++x) {
+        for (auto x = static_cast<long>(begin + start); size > 2 && end - start > 2 && x < covered.right;
+             ++x) {
             const auto pixel = talx::model::sourceOf(size, size, scale, {start, start, end, end},
                                                      talx::model::centreMethod, x - begin, 0)
                                    ->x;
