@@ -1,4 +1,4 @@
-// What each command does, and what the menu shows of it.
+// What each command does.
 #include "viewer/commands.h"
 
 #include "viewer/file_dialogs.h"
@@ -24,14 +24,15 @@ constexpr char about[] =
 } // namespace
 
 void Viewer::command(int id) {
-    window_.status().tell(L"");
-    try {
+    if (!stateOf(id).isEnabled) { // on the whole screen there is no menu that stops the key
+        return;
+    }
+    tell(L"");
+    attempt([&] {
         if (!commandFile(id) && !commandPlace(id) && !commandContrast(id) && !commandOverlay(id)) {
             commandMarker(id);
         }
-    } catch (const std::runtime_error& failure) {
-        tell(wide(failure.what()));
-    }
+    });
     changed();
 }
 
@@ -61,7 +62,7 @@ bool Viewer::commandFile(int id) {
         return true;
     case COMMAND_SAVE:
         if (const std::wstring path = askForSaveName(window_.handle(), shown_.path); !path.empty()) {
-            save(*scene_, static_cast<TalRenderTargetFormatConstants>(options_.format), path);
+            save(path);
             tell(L"saved " + path);
         }
         return true;
@@ -79,7 +80,9 @@ bool Viewer::commandFile(int id) {
         cancel();
         return true;
     case COMMAND_EXIT:
-        PostQuitMessage(0);
+        if (mayLeavePicture()) {
+            PostQuitMessage(0);
+        }
         return true;
     }
     return false;
@@ -91,21 +94,29 @@ void Viewer::cancel() {
         asked_ = shown_;
         watch_.watch(shown_.path);
         tell(L"stopped");
+    } else if (input_.isHeld()) {
+        input_.release();
     } else if (view_.overlays().help) {
         commandOverlay(COMMAND_HELP);
     } else if (window_.isFullScreen()) {
         window_.setFullScreen(false);
-    } else {
-        PostQuitMessage(0);
     }
 }
 
+void Viewer::save(const std::wstring& path) {
+    scene_->showOverlays(areOverlaysShown_ && options_.savesOverlays);
+    const auto format = static_cast<TalRenderTargetFormatConstants>(options_.format);
+    talview::save(*scene_, scene_->isDirectDraw() ? talRenderTargetFormatUnspecified : format, path);
+    scene_->showOverlays(areOverlaysShown_);
+}
+
 void Viewer::copyValue() {
-    const auto pointer = window_.pointer();
-    const std::wstring text = pointer ? valueAt(view_, *pointer) : L"";
+    const std::wstring text = valueAt(view_, window_.aim());
     if (!text.empty()) {
         copyText(window_.handle(), text);
         tell(L"copied " + text);
+    } else {
+        tell(L"There is no pixel");
     }
 }
 
@@ -154,6 +165,11 @@ bool Viewer::commandPlace(int id) {
 }
 
 bool Viewer::commandContrast(int id) {
+    const auto& maps = colorMaps();
+    if (id >= COMMAND_FIRST_MAP && id < COMMAND_FIRST_MAP + static_cast<int>(maps.size())) {
+        view_.setMap(maps[id - COMMAND_FIRST_MAP]);
+        return true;
+    }
     const Limits limits = view_.coloring().limits;
     const std::uint32_t count = view_.picture() ? view_.picture()->valueCount() : 256;
     switch (id) {
@@ -205,12 +221,16 @@ bool Viewer::commandOverlay(int id) {
         break;
     case COMMAND_PROFILE:
         overlays.profile = !overlays.profile;
-        if (overlays.profile && !overlays.line) {
-            tell(L"Drag a line with the left button");
+        if (overlays.profile) {
+            showProfile(overlays);
         }
         break;
+    case COMMAND_OVERLAYS:
+        showOverlays(!areOverlaysShown_);
+        return true;
     case COMMAND_HELP:
         overlays.help = !overlays.help;
+        showOverlays(true);
         break;
     case COMMAND_ABOUT:
         MessageBoxW(window_.handle(), wide(about).c_str(), L"talview", MB_OK);
@@ -222,25 +242,40 @@ bool Viewer::commandOverlay(int id) {
     return true;
 }
 
+// Without a line yet, it is the row of the picture that the command is aimed at.
+void Viewer::showProfile(OverlayState& overlays) {
+    const POINT at = window_.aim();
+    const auto pixel = view_.pixelAt(at.x, at.y);
+    if (!overlays.line && pixel) {
+        const auto row = static_cast<double>(pixel->y);
+        overlays.line = Line{{0, row}, {view_.picture()->width - 1.0, row}};
+    }
+    tell(L"The left button drags another line");
+    overlays.message = view_.overlays().message;
+}
+
 void Viewer::commandMarker(int id) {
-    const auto pointer = window_.pointer();
+    const POINT at = window_.aim();
     switch (id) {
     case COMMAND_MARKER_ADD:
-        if (const auto pixel = pointer ? view_.pixelAt(pointer->x, pointer->y) : std::nullopt) {
+        if (const auto pixel = view_.pixelAt(at.x, at.y)) {
             view_.addMarker({static_cast<double>(pixel->x), static_cast<double>(pixel->y)});
+        } else {
+            tell(L"There is no pixel");
         }
         break;
     case COMMAND_MARKER_DELETE:
-        if (const auto marker = pointer ? view_.markerAt(pointer->x, pointer->y) : std::nullopt) {
+        if (const auto marker = view_.markerAt(at.x, at.y)) {
             view_.removeMarker(*marker);
+        } else {
+            tell(L"There is no marker");
         }
         break;
     case COMMAND_MARKER_NEXT:
         view_.showNextMarker();
         break;
     case COMMAND_MARKERS_SAVE:
-        writeMarkers(markersBeside(shown_.path), view_.markers());
-        tell(L"saved " + markersBeside(shown_.path));
+        saveMarkers();
         break;
     case COMMAND_MARKERS_LOAD:
         view_.setMarkers(readMarkers(markersBeside(shown_.path)));

@@ -46,6 +46,7 @@
 #define COMMAND_COLOR_BAR 171
 #define COMMAND_HISTOGRAM 172
 #define COMMAND_PROFILE 173
+#define COMMAND_OVERLAYS 174
 
 #define COMMAND_MARKER_ADD 180
 #define COMMAND_MARKER_DELETE 181
@@ -55,3 +56,5 @@
 
 #define COMMAND_HELP 190
 #define COMMAND_ABOUT 191
+
+#define COMMAND_FIRST_MAP 200 // and one for each further colour map

@@ -1,6 +1,5 @@
 // talview: shows an image in a window through a render engine, or saves what it would show.
 #include "viewer/classes_beside.h"
-#include "viewer/share/save.h"
 #include "viewer/state_file.h"
 #include "viewer/terminal.h"
 #include "viewer/view/failure.h"
@@ -31,16 +30,15 @@ void view(Options options) {
         viewer.show(before.isMaximised && !options.has(L"--size"));
     }
     if (!options.save.empty()) {
-        viewer.scene().showOverlays(options.savesOverlays);
-        save(viewer.scene(), static_cast<TalRenderTargetFormatConstants>(options.format), options.save);
-        viewer.scene().showOverlays(true);
+        viewer.save(options.save);
+        if (viewer.scene().isReduced()) {
+            tell(Output::error, "talview: a screen of 256 colours shows 8-bit grey only\n", false);
+        }
     }
     if (isShown) {
         viewer.run(options.hold);
     }
-    if (remembers) {
-        writeState(viewer.state());
-    }
+    viewer.keepState();
 }
 
 } // namespace

@@ -2,11 +2,20 @@
 #include "viewer/menu.h"
 
 #include "viewer/commands.h"
+#include "viewer/view/color_maps.h"
 
 namespace talview {
 
 HMENU loadMenu() {
-    return LoadMenuW(GetModuleHandleW(nullptr), MAKEINTRESOURCEW(IDR_MENU));
+    const HMENU menu = LoadMenuW(GetModuleHandleW(nullptr), MAKEINTRESOURCEW(IDR_MENU));
+    const HMENU maps = CreatePopupMenu(); // the menu's own from here on
+    InsertMenuW(menu, COMMAND_MAP, MF_BYCOMMAND | MF_POPUP, reinterpret_cast<UINT_PTR>(maps),
+                L"Colour &maps");
+    int command = COMMAND_FIRST_MAP;
+    for (const ColorMap& map : colorMaps()) {
+        AppendMenuW(maps, MF_STRING, command++, map.name);
+    }
+    return menu;
 }
 
 void updateMenu(HMENU part, const std::function<CommandState(int command)>& stateOf) {

@@ -9,6 +9,10 @@ CommandState Viewer::stateOf(int id) const {
     const bool hasPicture = picture != nullptr;
     const bool hasMap = hasPicture && picture->hasMap();
     const OverlayState& overlays = view_.overlays();
+    const auto& maps = colorMaps();
+    if (id >= COMMAND_FIRST_MAP) {
+        return {hasMap, &maps.at(id - COMMAND_FIRST_MAP) == view_.coloring().map};
+    }
     switch (id) {
     case COMMAND_RELOAD:
     case COMMAND_NEXT:
@@ -40,11 +44,13 @@ CommandState Viewer::stateOf(int id) const {
     case COMMAND_GRID:
         return {true, overlays.grid};
     case COMMAND_COLOR_BAR:
-        return {true, overlays.colorBar};
+        return {hasMap, overlays.colorBar};
     case COMMAND_HISTOGRAM:
         return {true, overlays.histogram};
     case COMMAND_PROFILE:
-        return {true, overlays.profile};
+        return {hasPicture, overlays.profile};
+    case COMMAND_OVERLAYS:
+        return {true, !areOverlaysShown_};
     case COMMAND_HELP:
         return {true, overlays.help};
     case COMMAND_COPY_VALUE:

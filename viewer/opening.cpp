@@ -5,6 +5,7 @@
 #include "viewer/view/failure.h"
 #include "viewer/viewer.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 
@@ -23,25 +24,41 @@ std::wstring pictureOf(const std::wstring& path) {
     return pictures.front();
 }
 
+std::wstring wholePath(const std::wstring& path) {
+    std::wstring whole(32768, L'\0'); // the longest that there are
+    const DWORD size =
+        GetFullPathNameW(path.c_str(), static_cast<DWORD>(whole.size()), whole.data(), nullptr);
+    whole.resize(std::min<std::size_t>(size, whole.size()));
+    return whole.empty() ? path : whole;
+}
+
+bool isSameFile(const std::wstring& one, const std::wstring& other) {
+    return CompareStringOrdinal(one.c_str(), -1, other.c_str(), -1, TRUE) == CSTR_EQUAL;
+}
+
 } // namespace
 
-// Another file than the one before has no mask: that belonged to the image before, as the markers do.
-FileRequest Viewer::requestFor(const std::wstring& path, unsigned frame) const {
+// Range values and mask are the named file's; other files are shown as range pictures if they can be.
+FileRequest Viewer::requestFor(const std::wstring& path, unsigned frame) {
     const std::wstring file = pictureOf(path);
-    const bool isFirst = asked_.path.empty();
-    return {file, isFirst || file == asked_.path ? options_.mask : L"", options_.range, options_.depth,
-            frame};
+    if (named_.empty()) {
+        named_ = file;
+    }
+    const bool isNamed = isSameFile(file, named_);
+    return {file, isNamed ? options_.mask : L"", options_.range, options_.depth, frame, isNamed};
 }
 
 void Viewer::open(const std::wstring& path, unsigned frame) {
-    try {
-        asked_ = requestFor(path, frame);
+    attempt([&] {
+        const FileRequest request = requestFor(wholePath(path), frame);
+        if (!isSameFile(request.path, shown_.path) && !mayLeavePicture()) {
+            return;
+        }
+        asked_ = request;
         watch_.watch(asked_.path);
-        reader_.start(asked_);
         tell(L"Reading " + nameOf(asked_.path));
-    } catch (const Failure& failure) {
-        tell(wide(failure.what()));
-    }
+        reader_.start(asked_);
+    });
 }
 
 void Viewer::openAtOnce(const std::wstring& path) {
@@ -51,20 +68,46 @@ void Viewer::openAtOnce(const std::wstring& path) {
     if (!file.note.empty()) {
         std::fprintf(stderr, "talview: %s\n", utf8(file.note).c_str());
     }
+    if (file.frames > 1 && !options_.has(L"--frame")) {
+        std::fprintf(stderr, "talview: this is picture 1 of %u in the file\n", file.frames);
+    }
     setPicture(asked_, std::move(file));
+}
+
+bool Viewer::mayLeavePicture() {
+    if (!options_.interactive() || !view_.areMarkersChanged()) {
+        return true;
+    }
+    const std::wstring question = L"Save the markers of " + nameOf(shown_.path) + L"?";
+    const int answer =
+        MessageBoxW(window_.handle(), question.c_str(), L"talview", MB_YESNOCANCEL | MB_ICONQUESTION);
+    return answer == IDNO || (answer == IDYES && attempt([this] { saveMarkers(); }));
+}
+
+void Viewer::saveMarkers() {
+    const std::wstring path = markersBeside(shown_.path);
+    writeMarkers(path, view_.markers());
+    view_.markersKept();
+    tell(L"saved " + path);
 }
 
 void Viewer::openNeighbour(int steps) {
     const std::wstring path = asked_.path.empty() ? L"" : neighbour(asked_.path, steps);
     if (!path.empty()) {
         open(path);
+    } else {
+        tell(steps > 0 ? L"This is the last picture of the folder"
+                       : L"This is the first picture of the folder");
     }
 }
 
 void Viewer::openFrame(int steps) {
-    const long frame = static_cast<long>(shown_.frame) + steps;
+    const bool isAsked = isSameFile(asked_.path, shown_.path);
+    const long frame = static_cast<long>(isAsked ? asked_.frame : shown_.frame) + steps;
     if (frame >= 0 && frame < static_cast<long>(frames_)) {
         open(shown_.path, static_cast<unsigned>(frame));
+    } else {
+        tell(steps > 0 ? L"This is the last picture of the file" : L"This is the first picture of the file");
     }
 }
 
@@ -90,40 +133,40 @@ void Viewer::readingEnded(Reader::Result result) {
     if (const auto* whyNot = std::get_if<std::string>(&result.outcome)) {
         tell(wide(*whyNot));
         std::fprintf(stderr, "talview: %s\n", whyNot->c_str());
+        if (!view_.picture()) {
+            view_.forgetOpening();
+        }
         return;
     }
-    auto& file = std::get<FilePicture>(result.outcome);
-    const bool isAnother = result.request.path != shown_.path;
-    tell(file.note);
-    setPicture(result.request, std::move(file));
-    if (isAnother && view_.markers().empty()) {
-        readMarkersBeside();
-    }
+    attempt([&] {
+        auto& file = std::get<FilePicture>(result.outcome);
+        tell(file.note);
+        setPicture(result.request, std::move(file));
+    });
     changed();
 }
 
-void Viewer::readMarkersBeside() {
-    const std::wstring path = markersBeside(shown_.path);
-    if (GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES) {
-        try {
-            view_.setMarkers(readMarkers(path));
-        } catch (const std::runtime_error& failure) {
-            tell(wide(failure.what()));
-        }
-    }
-}
-
 void Viewer::setPicture(const FileRequest& request, FilePicture file) {
+    const bool isAnother = !isSameFile(request.path, shown_.path);
+    if (isAnother) {
+        input_.release(); // a drag would go on with what it began with
+    }
     if (options_.heights) {
         file.picture.scale = options_.heights->after(file.picture.scale);
     }
     Image image(std::move(file.picture));
     scene_->setImage(image.object());
-    view_.setPicture(image.picture(), request.path == shown_.path);
+    view_.setPicture(image.picture(), !isAnother);
     image_ = std::move(image); // the one before has been let go of
     shown_ = request;
     frames_ = file.frames;
+    isIncomplete_ = !file.note.empty();
     setTitle();
+    const std::wstring markers = markersBeside(shown_.path);
+    const bool isThere = GetFileAttributesW(markers.c_str()) != INVALID_FILE_ATTRIBUTES;
+    if (isAnother && isThere && view_.markers().empty()) {
+        attempt([&] { view_.setMarkers(readMarkers(markers)); });
+    }
 }
 
 } // namespace talview

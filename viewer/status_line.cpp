@@ -1,6 +1,8 @@
 // Fields, and drawing them.
 #include "viewer/status_line.h"
 
+#include "viewer/scene/screen.h"
+
 #include <algorithm>
 #include <utility>
 
@@ -12,9 +14,7 @@ constexpr long margin = 6; // beside a text
 // The whole window as a device context for the length of a scope.
 class FrameContext {
 public:
-    FrameContext(HWND window, HFONT font) : window_(window), dc_(GetWindowDC(window)) {
-        SelectObject(dc_, font);
-    }
+    explicit FrameContext(HWND window) : window_(window), dc_(GetWindowDC(window)) {}
     ~FrameContext() { ReleaseDC(window_, dc_); }
     FrameContext(const FrameContext&) = delete;
     FrameContext& operator=(const FrameContext&) = delete;
@@ -25,18 +25,29 @@ private:
     HDC dc_;
 };
 
-HFONT createFont() {
+// The system's font for its own resolution, as large for the window's.
+HFONT createFont(HWND window) {
     NONCLIENTMETRICSW metrics{};
     metrics.cbSize = sizeof metrics;
     SystemParametersInfoW(SPI_GETNONCLIENTMETRICS, sizeof metrics, &metrics, 0);
-    return CreateFontIndirectW(&metrics.lfStatusFont);
+    LOGFONTW font = metrics.lfStatusFont;
+    font.lfHeight = MulDiv(font.lfHeight, static_cast<int>(screenOf(window).dpi),
+                           GetDeviceCaps(FrameContext(window), LOGPIXELSY));
+    return CreateFontIndirectW(&font);
 }
 
 } // namespace
 
-StatusLine::StatusLine(HWND window) : window_(window), font_(createFont()) {
+StatusLine::StatusLine(HWND window) : window_(window), height_(0) {
+    resolutionChanged();
+}
+
+void StatusLine::resolutionChanged() {
+    font_.reset(createFont(window_));
+    const FrameContext dc(window_);
+    const talxrend::Selected selected(dc, font_.get());
     TEXTMETRICW metrics{};
-    GetTextMetricsW(FrameContext(window_, font_.get()), &metrics);
+    GetTextMetricsW(dc, &metrics);
     height_ = metrics.tmHeight + metrics.tmExternalLeading + margin;
     widths_ = {metrics.tmAveCharWidth * 24}; // the first comes and goes
 }
@@ -48,7 +59,8 @@ void StatusLine::show(std::vector<std::wstring> texts) {
     texts_ = std::move(texts);
     widths_.resize(texts_.size());
     {
-        const FrameContext dc(window_, font_.get());
+        const FrameContext dc(window_);
+        const talxrend::Selected selected(dc, font_.get());
         std::transform(texts_.begin(), texts_.end(), widths_.begin(), widths_.begin(),
                        [&](const std::wstring& text, long width) {
                            SIZE size{};
@@ -60,8 +72,16 @@ void StatusLine::show(std::vector<std::wstring> texts) {
 }
 
 void StatusLine::tell(const std::wstring& message) {
+    told_ = GetTickCount64();
     if (std::exchange(message_, message) != message) {
         paint();
+    }
+}
+
+void StatusLine::expire() {
+    constexpr ULONGLONG readable = 2000;
+    if (hasMessage() && GetTickCount64() - told_ > readable) {
+        tell(L"");
     }
 }
 
@@ -77,7 +97,7 @@ void StatusLine::paint() const {
     line.bottom += height_;
 
     // Drawn beside the screen first, so that nothing flickers.
-    const FrameContext screen(window_, font_.get());
+    const FrameContext screen(window_);
     const talxrend::GdiOwner<HDC> dc(CreateCompatibleDC(screen));
     const talxrend::GdiOwner<HBITMAP> bitmap(
         CreateCompatibleBitmap(screen, std::max(1L, line.right - line.left), height_));

@@ -13,12 +13,17 @@ class StatusLine {
 public:
     explicit StatusLine(HWND window);
 
-    // What the window leaves free below its client area.
+    // What the window leaves free below its client area, in pixels.
     [[nodiscard]] long height() const { return height_; }
 
     void show(std::vector<std::wstring> texts);
+    // The window is on a monitor of another resolution now: height() changes.
+    void resolutionChanged();
     // A text over the whole line instead of the fields until it is empty.
     void tell(const std::wstring& message);
+    [[nodiscard]] bool hasMessage() const { return !message_.empty(); }
+    // Ends a message that has been there long enough to be read.
+    void expire();
     void paint() const;
 
 private:
@@ -28,6 +33,7 @@ private:
     std::vector<std::wstring> texts_;
     std::vector<long> widths_;
     std::wstring message_;
+    ULONGLONG told_ = 0; // when, in milliseconds of the system
 };
 
 } // namespace talview

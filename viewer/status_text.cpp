@@ -30,21 +30,24 @@ std::wstring valueAt(const View& view, POINT at) {
                : L"";
 }
 
-std::vector<std::wstring> statusTexts(const Scene& scene, std::optional<POINT> pointer,
-                                      std::optional<double> milliseconds) {
+std::vector<std::wstring> statusTexts(const Scene& scene, const StatusFacts& facts) {
     const View& view = scene.view();
     const Picture* picture = view.picture();
     if (!picture) {
-        return {L"No picture: Ctrl+O opens one, F1 shows help"};
+        return {};
     }
+    const double percents = view.placement().scale() * 100;
     return {
-        pointer ? valueAt(view, *pointer) : L"",
-        format(L"%ld\u00D7%ld ", picture->width, picture->height) + kindText(*picture),
-        format(L"%.4g %%", view.placement().scale() * 100) + (view.isCentre() ? L" centre" : L" nearest"),
+        facts.pointer ? valueAt(view, *facts.pointer) : L"",
+        format(L"%ld\u00D7%ld ", picture->width, picture->height) + kindText(*picture) +
+            (facts.frames > 1 ? format(L", %u of %u", facts.frame + 1, facts.frames) : L"") +
+            (facts.isIncomplete ? L", incomplete" : L"") +
+            (scene.isReduced() ? L": not shown in 256 colours" : L""),
+        format(percents < 1000 ? L"%.4g %%" : L"%.0f %%", percents) +
+            (view.isCentre() ? L" centre" : L" nearest"),
         picture->hasMap() ? contrastText(view) : L"",
-        (scene.isDirectDraw() ? L"DirectDraw" : L"GDI") + format(L", %d-bit screen", scene.screenBits()) +
-            (scene.isReduced() ? L": shows 8-bit grey only" : L""),
-        milliseconds ? format(L"%.1f ms", *milliseconds) : L"",
+        (scene.isDirectDraw() ? L"DirectDraw" : L"GDI") + format(L", %d-bit screen", scene.screenBits()),
+        facts.milliseconds ? format(L"%.1f ms", *facts.milliseconds) : L"",
     };
 }
 

@@ -4,12 +4,14 @@
 #include "viewer/file_dialogs.h"
 #include "viewer/files/folder.h"
 #include "viewer/files/marker_file.h"
+#include "viewer/state_file.h"
 #include "viewer/status_text.h"
 #include "viewer/view/failure.h"
 #include "viewer/window_place.h"
 
 #include <chrono>
 #include <cstdio>
+#include <new>
 
 namespace talview {
 
@@ -34,10 +36,34 @@ Viewer::~Viewer() {
 }
 
 void Viewer::makeScene(bool directDraw) {
-    scene_.reset(); // two engines for one window would draw over each other
-    scene_ = std::make_unique<Scene>(window_.handle(), view_, directDraw);
-    scene_->setImage(image_ ? image_->object() : nullptr);
+    auto scene = std::make_unique<Scene>(window_.handle(), view_, directDraw);
+    scene->setImage(image_ ? image_->object() : nullptr);
+    scene->showOverlays(areOverlaysShown_);
+    scene_ = std::move(scene);
     changed();
+}
+
+void Viewer::showOverlays(bool shown) {
+    areOverlaysShown_ = shown;
+    scene_->showOverlays(shown);
+}
+
+bool Viewer::attempt(const std::function<void()>& work) {
+    try {
+        work();
+        return true;
+    } catch (const std::runtime_error& failure) {
+        if (!options_.interactive()) {
+            throw;
+        }
+        tell(wide(failure.what()));
+    } catch (const std::bad_alloc&) {
+        if (!options_.interactive()) {
+            throw;
+        }
+        tell(L"not enough memory");
+    }
+    return false;
 }
 
 void Viewer::show(bool isMaximised) {
@@ -55,13 +81,16 @@ void Viewer::run(std::optional<double> seconds) {
     std::printf("drawn: %ld times\n", drawings_);
 }
 
-State Viewer::state() {
+void Viewer::keepState() {
+    if (!options_.remembers || !options_.interactive()) {
+        return;
+    }
     window_.setFullScreen(false);
     State state;
     keepPlace(window_.handle(), state);
     state.map = view_.coloring().map->name;
     state.folder = asked_.path.empty() ? options_.folder : wholeFolder(asked_.path);
-    return state;
+    writeState(state);
 }
 
 void Viewer::changed() {
@@ -73,9 +102,16 @@ void Viewer::paint(const RECT& uncovered) {
         draw(uncovered);
     } catch (const talxrend::Failure&) {
         // The engine may have lost what it draws on, with the display's colours for one: once, another one
-        // tries.
-        makeScene(scene_->isDirectDraw());
-        draw(scene_->extent());
+        // tries, and for DirectDraw, GDI after it.
+        const auto drawAnew = [this](bool directDraw) {
+            return attempt([&] {
+                makeScene(directDraw);
+                draw(scene_->extent());
+            });
+        };
+        if (!drawAnew(scene_->isDirectDraw()) && scene_->isDirectDraw()) {
+            drawAnew(false);
+        }
     }
     updateStatus();
 }
@@ -96,21 +132,26 @@ void Viewer::draw(const RECT& uncovered) {
 }
 
 void Viewer::resized() {
-    scene_->resize();
+    attempt([this] { scene_->resize(); });
     changed();
 }
 
 void Viewer::paletteChanged() {
-    scene_->paletteChanged();
+    attempt([this] { scene_->paletteChanged(); });
     changed();
 }
 
 void Viewer::displayChanged() {
-    makeScene(scene_->isDirectDraw());
+    attempt([this] { makeScene(scene_->isDirectDraw()); });
+}
+
+void Viewer::dpiChanged() {
+    scene_->setDpi(screenOf(window_.handle()).dpi);
+    changed();
 }
 
 void Viewer::pressed(MouseButton button, POINT at, bool shift) {
-    window_.status().tell(L"");
+    tell(L"");
     input_.press(button, {static_cast<double>(at.x), static_cast<double>(at.y)}, shift);
     changed();
 }
@@ -120,17 +161,25 @@ void Viewer::moved(POINT to) {
         input_.move({static_cast<double>(to.x), static_cast<double>(to.y)});
         changed();
     }
+    if (!reader_.busy()) {
+        window_.status().expire();
+    }
     updateStatus();
 }
 
 void Viewer::wheel(POINT at, double notches) {
-    window_.status().tell(L"");
+    tell(L"");
     input_.wheel({static_cast<double>(at.x), static_cast<double>(at.y)}, notches);
     changed();
 }
 
+// On the whole screen there is no status line.
 void Viewer::tell(const std::wstring& message) {
     window_.status().tell(message);
+    OverlayState overlays = view_.overlays();
+    overlays.message = window_.isFullScreen() ? message : L"";
+    view_.setOverlays(overlays);
+    changed();
 }
 
 void Viewer::setTitle() {
@@ -139,10 +188,15 @@ void Viewer::setTitle() {
 }
 
 void Viewer::updateStatus() {
-    // A picture that is taken from the screen shall depend neither on the mouse nor on the time.
-    const bool isAlive = options_.interactive();
-    window_.status().show(statusTexts(*scene_, isAlive ? window_.pointer() : std::nullopt,
-                                      isAlive ? std::optional(drawingMilliseconds_) : std::nullopt));
+    if (!view_.picture() && !window_.status().hasMessage()) {
+        window_.status().tell(L"No picture: Ctrl+O opens one, F1 shows help");
+    }
+    StatusFacts facts{{}, {}, shown_.frame, frames_, isIncomplete_};
+    if (options_.interactive()) { // a picture of the screen shall depend neither on the mouse nor on the time
+        facts.pointer = window_.pointer();
+        facts.milliseconds = drawingMilliseconds_;
+    }
+    window_.status().show(statusTexts(*scene_, facts));
 }
 
 } // namespace talview

@@ -10,6 +10,7 @@
 #include "viewer/view/view.h"
 #include "viewer/window.h"
 
+#include <functional>
 #include <memory>
 
 namespace talview {
@@ -24,8 +25,11 @@ public:
     [[nodiscard]] Scene& scene() { return *scene_; }
 
     [[nodiscard]] HWND window() const { return window_.handle(); }
-    // What the next run may begin with. The window is not full screen any more.
-    [[nodiscard]] State state();
+    // Writes what the next run may begin with, unless the options say that nothing is remembered. The window
+    // is not full screen any more.
+    void keepState();
+    // Saves what is shown, as the options say. Throws talxrend::Failure.
+    void save(const std::wstring& path);
 
     // Makes the window visible, and says on standard output where its picture is.
     void show(bool isMaximised);
@@ -41,6 +45,9 @@ private:
     void resized() override;
     void paletteChanged() override;
     void displayChanged() override;
+    void dpiChanged() override;
+    bool mayClose() override { return mayLeavePicture(); }
+    void sessionEnds() override { keepState(); }
     void pressed(MouseButton button, POINT at, bool shift) override;
     void moved(POINT to) override;
     void left() override { updateStatus(); }
@@ -54,20 +61,29 @@ private:
     void commandMarker(int id);
     void copyValue();
     void cancel();
+    void saveMarkers();
+    void showProfile(OverlayState& overlays);
 
     // Shows a file, or the first picture of a folder. If it cannot be read, the status line says why and the
     // previous picture stays.
     void open(const std::wstring& path, unsigned frame = 0);
     void openAtOnce(const std::wstring& path);
-    [[nodiscard]] FileRequest requestFor(const std::wstring& path, unsigned frame) const;
+    [[nodiscard]] FileRequest requestFor(const std::wstring& path, unsigned frame);
     void openNeighbour(int steps);
     void openFrame(int steps);
     void reload();
     void readingEnded(Reader::Result result);
-    void readMarkersBeside();
     void setPicture(const FileRequest& request, FilePicture file);
 
+    // What fails is told in the status line, and the program goes on; where nobody is there to read that, it
+    // is thrown.
+    bool attempt(const std::function<void()>& work);
+    // False if a person does not want to lose changed markers after all; asks, and saves them if told to.
+    [[nodiscard]] bool mayLeavePicture();
+
+    // The engine before stays if there is none of the kind.
     void makeScene(bool directDraw);
+    void showOverlays(bool shown);
     void draw(const RECT& uncovered);
     // The view's state has changed: it is drawn, and told of, once no more messages wait.
     void changed();
@@ -76,9 +92,12 @@ private:
     void updateStatus();
 
     Options options_;
-    FileRequest shown_; // the file of the picture
-    FileRequest asked_; // the file that was to be shown last
+    std::wstring named_; // the file that the command line is about
+    FileRequest shown_;  // the file of the picture
+    FileRequest asked_;  // the file that was to be shown last
     unsigned frames_ = 1;
+    bool isIncomplete_ = false;
+    bool areOverlaysShown_ = true;
     talxrend::Guard failure_;
     std::optional<Image> image_;
     View view_;

@@ -100,12 +100,7 @@ void Window::setFullScreen(bool isFull) {
         menu_ = GetMenu(handle());
         SetMenu(handle(), nullptr);
         style(WS_POPUP);
-        MONITORINFO monitor{};
-        monitor.cbSize = sizeof monitor;
-        GetMonitorInfoW(MonitorFromWindow(handle(), MONITOR_DEFAULTTONEAREST), &monitor);
-        const RECT& all = monitor.rcMonitor;
-        SetWindowPos(handle(), HWND_TOP, all.left, all.top, all.right - all.left, all.bottom - all.top,
-                     SWP_FRAMECHANGED);
+        coverMonitor();
     } else {
         style(WS_OVERLAPPEDWINDOW);
         SetMenu(handle(), menu_);
@@ -115,11 +110,21 @@ void Window::setFullScreen(bool isFull) {
     }
 }
 
+void Window::coverMonitor() const {
+    MONITORINFO monitor{};
+    monitor.cbSize = sizeof monitor;
+    GetMonitorInfoW(MonitorFromWindow(handle(), MONITOR_DEFAULTTONEAREST), &monitor);
+    const RECT& all = monitor.rcMonitor;
+    SetWindowPos(handle(), HWND_TOP, all.left, all.top, all.right - all.left, all.bottom - all.top,
+                 SWP_FRAMECHANGED);
+}
+
+POINT Window::aim() const {
+    const RECT inner = client();
+    return pointer().value_or(lastInside_.value_or(POINT{inner.right / 2, inner.bottom / 2}));
+}
+
 LRESULT Window::answer(UINT message, WPARAM wParam, LPARAM lParam) {
-    if (message == WM_CLOSE) {
-        PostQuitMessage(0);
-        return 0;
-    }
     if (!events_) {
         return answerFrame(message, wParam, lParam);
     }
@@ -127,6 +132,16 @@ LRESULT Window::answer(UINT message, WPARAM wParam, LPARAM lParam) {
         return answerMouse(message, wParam, {GET_X_LPARAM(lParam), GET_Y_LPARAM(lParam)});
     }
     switch (message) {
+    case WM_CLOSE:
+        if (events_->mayClose()) {
+            PostQuitMessage(0);
+        }
+        return 0;
+    case WM_ENDSESSION:
+        if (wParam) {
+            events_->sessionEnds();
+        }
+        return 0;
     case WM_PAINT:
         paint();
         return 0;
@@ -165,6 +180,9 @@ LRESULT Window::answer(UINT message, WPARAM wParam, LPARAM lParam) {
         }
         return 0;
     case WM_DISPLAYCHANGE:
+        if (isFullScreen_) {
+            coverMonitor();
+        }
         events_->displayChanged();
         return 0;
     case WM_DPICHANGED:
@@ -178,27 +196,27 @@ LRESULT Window::answerMouse(UINT message, WPARAM wParam, POINT at) {
     switch (message) {
     case WM_LBUTTONDOWN:
         press(MouseButton::left, wParam, at);
-        break;
+        return 0;
     case WM_MBUTTONDOWN:
         press(MouseButton::middle, wParam, at);
-        break;
+        return 0;
     case WM_RBUTTONDOWN:
         press(MouseButton::right, wParam, at);
-        break;
+        return 0;
     case WM_LBUTTONUP:
     case WM_MBUTTONUP:
     case WM_RBUTTONUP:
         ReleaseCapture();
-        break;
+        return 0;
     case WM_MOUSEWHEEL:
         ScreenToClient(handle(), &at);
         events_->wheel(at, GET_WHEEL_DELTA_WPARAM(wParam) / double{WHEEL_DELTA});
-        break;
+        return 0;
     case WM_MOUSEMOVE:
         moveTo(at);
-        break;
+        return 0;
     }
-    return 0;
+    return DefWindowProcW(handle(), message, wParam, MAKELPARAM(at.x, at.y));
 }
 
 void Window::press(MouseButton button, WPARAM keys, POINT at) {
@@ -209,6 +227,7 @@ void Window::press(MouseButton button, WPARAM keys, POINT at) {
 void Window::moveTo(POINT at) {
     TRACKMOUSEEVENT leaving{sizeof leaving, TME_LEAVE, handle(), 0};
     TrackMouseEvent(&leaving);
+    lastInside_ = at;
     events_->moved(at);
 }
 
@@ -254,7 +273,10 @@ void Window::drop(HDROP files) {
 }
 
 void Window::changeDpi(const RECT& proposed) {
-    status_ = StatusLine(handle());
+    status_.resolutionChanged();
+    if (events_) {
+        events_->dpiChanged();
+    }
     SetWindowPos(handle(), nullptr, proposed.left, proposed.top, proposed.right - proposed.left,
                  proposed.bottom - proposed.top, SWP_NOZORDER | SWP_NOACTIVATE | SWP_FRAMECHANGED);
 }

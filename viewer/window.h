@@ -40,6 +40,9 @@ public:
 
     // Where the pointer is, in pixels of the view; none if it is elsewhere.
     [[nodiscard]] std::optional<POINT> pointer() const;
+    // What a command is aimed at: where the pointer is, or for one from the menu, where it was on its way
+    // there; otherwise the middle of the view.
+    [[nodiscard]] POINT aim() const;
 
 private:
     LRESULT answer(UINT message, WPARAM wParam, LPARAM lParam) override;
@@ -50,14 +53,16 @@ private:
     void moveTo(POINT at);
     void paint();
     void drop(HDROP files);
+    void coverMonitor() const;
     void changeDpi(const RECT& proposed);
 
     talxrend::Guard& failure_;
     WindowEvents* events_ = nullptr;
     StatusLine status_;
     bool isFullScreen_ = false;
-    WINDOWPLACEMENT windowed_{}; // where it is when it is not on the whole screen
-    HMENU menu_ = nullptr;       // meanwhile; the window's own
+    WINDOWPLACEMENT windowed_{};      // where it is when it is not on the whole screen
+    HMENU menu_ = nullptr;            // meanwhile; the window's own
+    std::optional<POINT> lastInside_; // where the pointer was last, in the view
     bool closed_ = false;
 };
 

@@ -19,7 +19,10 @@ public:
     virtual void paint(const RECT& uncovered) = 0; // the damage, and what the screen has lost
     virtual void resized() = 0;
     virtual void paletteChanged() = 0;
-    virtual void displayChanged() = 0; // the screen has other colours or another size
+    virtual void displayChanged() = 0;         // the screen has other colours or another size
+    virtual void dpiChanged() = 0;             // the window is on a monitor of another resolution
+    [[nodiscard]] virtual bool mayClose() = 0; // false: the person does not want to after all
+    virtual void sessionEnds() = 0;            // the process will be ended
 
     // Places are pixels of the view.
     virtual void pressed(MouseButton button, POINT at, bool shift) = 0;

@@ -44,7 +44,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         picture.scale = options.heights.value_or(ValueScale{});
         const Limits limits = openingLimits(options, picture);
         require(limits.low < limits.high);
-        for (const std::uint32_t color : colorTable(*options.map, 256, limits.low, limits.high)) {
+        for (const std::uint32_t color : colorTable(*options.map, 256, limits)) {
             require(color <= 0xFFFFFF);
         }
         Placement placement(options.scale, options.at);
@@ -52,7 +52,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         placement.resize(options.width, options.height);
         for (const Point p : options.markers) {
             const Point under = placement.toImage(p);
-            placement.zoomAbout(p, 2);
+            placement.zoomTo(p, placement.scale() * 2);
             const double moved = (placement.toImage(p).x - under.x) * placement.scale(); // in the view
             require(std::abs(moved) < 2 || std::abs(p.x) > 1e6 || std::abs(placement.left()) > 1e6);
             placement.move(p);

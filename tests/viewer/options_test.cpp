@@ -92,7 +92,7 @@ TEST(Options, ThatWouldDoNothingAreErrorsThatNameBoth) {
             EXPECT_NE(error.find(split(both[1], ' ')[0]), std::string::npos) << line << ": " << error;
         }
     }
-    EXPECT_EQ(errorOf(parse, "a.png --format rgb16").find("--format needs --save"), 0u);
+    EXPECT_EQ(errorOf(parse, "a.png --format rgb16 --hold 1").find("--format needs --save"), 0u);
     EXPECT_EQ(errorOf(parse, "--frame 2"), "--frame needs an image");
 }
 

@@ -48,7 +48,7 @@ FilePicture readPicture(const FileRequest& request, Progress& progress) {
     FilePicture read =
         readFrame(request.path, request.frame, request.range ? 16 : request.depth, progress, {0, half});
     Picture& picture = read.picture;
-    if (request.range) {
+    if (request.range && (request.mustBeRange || picture.kind == PictureKind::grey16)) {
         if (picture.kind != PictureKind::grey16) {
             throw Failure(utf8(request.path) + " is not a 16-bit grey picture, so it holds no range values");
         }

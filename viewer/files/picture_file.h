@@ -15,6 +15,7 @@ struct FileRequest {
     bool range = false; // 16-bit, floating-point or other large grey values are shown as a range picture
     int depth = 16;     // significant bits of 16-bit grey: 8, 10, 12, 14 or 16
     unsigned frame = 0; // counted from 0
+    bool mustBeRange = true; // false: what cannot be a range picture is shown as it is
 };
 
 struct FilePicture {

@@ -33,6 +33,12 @@ long HelpPage::blocks(SIZE view, UINT dpi) const {
     return std::clamp(wanted, 1L, std::max(view.cx / blockWidth(dpi), 1L));
 }
 
+bool HelpPage::fits(SIZE view, UINT dpi) const {
+    const long count = blocks(view, dpi);
+    return count * blockWidth(dpi) <= view.cx &&
+           rowsOfBlock(count) * font_.height() + 2 * scaled(margin, dpi) <= view.cy;
+}
+
 RECT HelpPage::place(SIZE view, UINT dpi) const {
     const long gap = scaled(margin, dpi);
     const long count = blocks(view, dpi);

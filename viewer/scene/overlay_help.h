@@ -15,6 +15,8 @@ public:
     // In the middle of a view: the rows one below the other, or in blocks side by side if they are too many
     // for its height. What still does not fit is cut off.
     [[nodiscard]] RECT place(SIZE view, UINT dpi) const;
+    // All of it fits.
+    [[nodiscard]] bool fits(SIZE view, UINT dpi) const;
     void draw(HDC dc, SIZE view, UINT dpi) const;
 
 private:

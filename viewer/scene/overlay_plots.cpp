@@ -92,8 +92,10 @@ void ProfilePlot::draw(HDC dc, const RECT& place, const OverlayFont& font) const
     }
     drawAxisBeside(dc, layout, font, values);
     drawAxisBelow(dc, layout, font, distance);
+    const RECT above{plot.left + font.height() / 2, plot.top, plot.right, plot.top + font.height()};
+    drawLine(dc, above, unit, Align::left);
     const RECT corner{place.left + font.height() / 2, plot.bottom + 4, plot.left, place.bottom - 1};
-    drawLine(dc, corner, unit, Align::left);
+    drawLine(dc, corner, L"pixels", Align::left);
 }
 
 } // namespace talview

@@ -46,6 +46,21 @@ const OverlayFont& Overlays::font(UINT dpi) {
     return *font_;
 }
 
+const OverlayFont& Overlays::helpFont(const OverlayScene& scene) {
+    const OverlayFont& largest = font(scene.dpi);
+    if (helpFont_ && helpView_.cx == scene.view.cx && helpView_.cy == scene.view.cy && dpi_ == helpDpi_) {
+        return *helpFont_;
+    }
+    constexpr long smallest = 8; // that can be read
+    long height = largest.height();
+    do {
+        helpFont_.emplace(OverlayFont::ofHeight(height));
+    } while (--height >= smallest && !HelpPage(helpLines(), *helpFont_).fits(scene.view, scene.dpi));
+    helpView_ = scene.view;
+    helpDpi_ = scene.dpi;
+    return *helpFont_;
+}
+
 bool Overlays::hasTexts(const OverlayScene& scene) {
     return scene.shown.grid && scene.picture && scene.placement.scale() > valuesScale;
 }
@@ -54,7 +69,12 @@ Overlays::Places Overlays::places(const OverlayScene& scene) {
     Places places;
     const OverlayFont& font = this->font(scene.dpi);
     if (scene.shown.help) {
-        places.help = HelpPage(helpLines(), font).place(scene.view, scene.dpi);
+        places.help = HelpPage(helpLines(), helpFont(scene)).place(scene.view, scene.dpi);
+    }
+    if (!scene.shown.message.empty()) {
+        const long height = 2 * font.height();
+        places.message = {0, scene.view.cy - height,
+                          std::min(scene.view.cx, font.width(scene.shown.message) + height), scene.view.cy};
     }
     if (!scene.picture) {
         return places;
@@ -79,7 +99,7 @@ Overlays::Places Overlays::places(const OverlayScene& scene) {
 std::vector<Box> Overlays::pinned(const OverlayScene& scene) {
     const Places at = places(scene);
     std::vector<Box> boxes;
-    for (const RECT& rect : {at.bar, at.histogram, at.profile, at.help}) {
+    for (const RECT& rect : {at.bar, at.histogram, at.profile, at.help, at.message}) {
         if (!IsRectEmpty(&rect)) {
             boxes.push_back({rect.left, rect.top, rect.right, rect.bottom});
         }
@@ -90,7 +110,7 @@ std::vector<Box> Overlays::pinned(const OverlayScene& scene) {
 void Overlays::draw(const talxrend::Engine& engine, long layer, const RECT& rect, const OverlayScene& scene) {
     drawGrid(engine, layer, rect, scene);
     const Places at = places(scene);
-    const RECT all[] = {at.line, at.histogram, at.profile, at.bar, at.help};
+    const RECT all[] = {at.line, at.histogram, at.profile, at.bar, at.help, at.message};
     // With DirectDraw a device context is a matter of milliseconds.
     if (!hasTexts(scene) &&
         std::none_of(std::begin(all), std::end(all), [&](const RECT& each) { return touches(each, rect); })) {
@@ -120,7 +140,14 @@ void Overlays::drawByGdi(HDC dc, const RECT& rect, const OverlayScene& scene, co
                                                                                   font);
     }
     if (touches(at.help, rect)) {
-        HelpPage(helpLines(), font).draw(dc, scene.view, scene.dpi);
+        const talxrend::Selected smaller(dc, helpFont(scene).handle());
+        HelpPage(helpLines(), helpFont(scene)).draw(dc, scene.view, scene.dpi);
+    }
+    if (touches(at.message, rect)) {
+        drawPanel(dc, at.message);
+        const RECT line{at.message.left + font.height() / 2, at.message.top, at.message.right,
+                        at.message.bottom};
+        drawLine(dc, line, scene.shown.message, Align::left);
     }
 }
 

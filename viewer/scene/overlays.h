@@ -52,10 +52,13 @@ private:
         RECT histogram{};
         RECT profile{};
         RECT help{};
+        RECT message{};
         RECT line{};
     };
 
     [[nodiscard]] const OverlayFont& font(UINT dpi);
+    // The largest one, up to that, with which the page fits the view.
+    [[nodiscard]] const OverlayFont& helpFont(const OverlayScene& scene);
     [[nodiscard]] Places places(const OverlayScene& scene);
     void drawByGdi(HDC dc, const RECT& rect, const OverlayScene& scene, const Places& at);
     static void drawGrid(const talxrend::Engine& engine, long layer, const RECT& rect,
@@ -66,6 +69,9 @@ private:
 
     UINT dpi_ = 0; // of font_
     std::optional<OverlayFont> font_;
+    std::optional<OverlayFont> helpFont_;
+    SIZE helpView_{}; // that helpFont_ was made for
+    UINT helpDpi_ = 0;
     std::optional<OverlayFont> textFont_; // in the pixels
     long textHeight_ = 0;                 // that textFont_ was made for
     std::optional<ValueCounts> counts_;

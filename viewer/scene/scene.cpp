@@ -15,29 +15,36 @@ enum Layer : long { imageLayer, overlayLayer, markerLayer, layerCount };
 
 constexpr COLORREF backgroundColor = RGB(40, 44, 52);
 
-int screenCapability(HWND window, int index) {
-    const HDC dc = GetDC(window);
-    const int answer = GetDeviceCaps(dc, index);
-    ReleaseDC(window, dc);
-    return answer;
-}
-
 talxrend::ComPtr<ITalRenderEngine2> createEngine(bool directDraw) {
     return talxrend::create<ITalRenderEngine2>(
         directDraw ? __uuidof(TalRenderEngine) : __uuidof(TalGDIRenderEngine), notRegistered("talxrend.dll"));
 }
 
+// What is begun and fails leaves nothing of the view as it should be.
+class RedrawUnlessDone {
+public:
+    explicit RedrawUnlessDone(Damage& damage) : damage_(&damage) {}
+    ~RedrawUnlessDone() {
+        if (damage_) {
+            damage_->addAll();
+        }
+    }
+    RedrawUnlessDone(const RedrawUnlessDone&) = delete;
+    RedrawUnlessDone& operator=(const RedrawUnlessDone&) = delete;
+    void done() { damage_ = nullptr; }
+
+private:
+    Damage* damage_;
+};
+
 } // namespace
 
 Scene::Scene(HWND window, View& view, bool directDraw)
-    : view_(view), screenBits_(screenCapability(window, BITSPIXEL) * screenCapability(window, PLANES)),
-      dpi_(static_cast<UINT>(screenCapability(window, LOGPIXELSY))),
-      palettised_((screenCapability(window, RASTERCAPS) & RC_PALETTE) != 0), marker_(palettised_),
+    : view_(view), screen_(screenOf(window)), marker_(screen_.isPalettised),
       engine_(createEngine(directDraw), window, layerCount,
               [this](long layer, const RECT& rect) { drawLayer(layer, rect); }) {
     const RECT extent = engine_.extent();
     view_.resize(extent.right, extent.bottom);
-    applyMasking();
 }
 
 void Scene::setImage(talxrend::ComPtr<ITalImage> image) {
@@ -51,6 +58,11 @@ void Scene::resize() {
         const RECT extent = engine_.extent();
         view_.resize(extent.right, extent.bottom);
     }
+}
+
+void Scene::setDpi(UINT dpi) {
+    screen_.dpi = dpi;
+    view_.damage().addAll();
 }
 
 void Scene::paletteChanged() {
@@ -81,6 +93,7 @@ void Scene::compose() {
     applyMasking();
     applyMethod();
     const Repair repair = damage.take(pinned_, pinned);
+    RedrawUnlessDone redraw(damage);
     overlayState_ = view_.overlays();
     pinned_ = pinned;
     moveDrawn(repair.dx, repair.dy);
@@ -91,6 +104,7 @@ void Scene::compose() {
         composed_.push_back(redrawn(box));
         engine_.update(composed_.back());
     }
+    redraw.done();
 }
 
 RECT Scene::imageRect() const {
@@ -112,9 +126,11 @@ void Scene::moveDrawn(long dx, long dy) const {
     }
     const RECT view = extent();
     talxrend::DrawContext dc(engine_, imageLayer, view);
-    BitBlt(dc, std::max(dx, 0L), std::max(dy, 0L), view.right - std::abs(dx), view.bottom - std::abs(dy), dc,
-           std::max(-dx, 0L), std::max(-dy, 0L), SRCCOPY);
+    const bool isMoved =
+        BitBlt(dc, std::max(dx, 0L), std::max(dy, 0L), view.right - std::abs(dx), view.bottom - std::abs(dy),
+               dc, std::max(-dx, 0L), std::max(-dy, 0L), SRCCOPY);
     dc.end();
+    talxrend::check(isMoved ? S_OK : E_FAIL, "cannot move what is drawn");
 }
 
 void Scene::drawLayer(long layer, const RECT& rect) {
@@ -166,44 +182,53 @@ OverlayScene Scene::overlayScene() const {
             .limits = coloring.limits,
             .flags = coloring.flags,
             .view = {view.right, view.bottom},
-            .dpi = dpi_};
+            .dpi = screen_.dpi};
 }
+
+// Each remembers what the engine has been given once that has succeeded.
 
 void Scene::applyColoring() {
     const Picture* picture = view_.picture();
-    if (coloredPicture_ == picture && coloring_ == view_.coloring()) {
+    const Coloring& coloring = view_.coloring();
+    if (!picture || !picture->hasMap() || (coloredPicture_ == picture && coloring_ == coloring)) {
         return;
     }
-    coloredPicture_ = picture;
-    coloring_ = view_.coloring();
-    if (!picture || !picture->hasMap()) {
-        return;
-    }
-    const auto colors = colorTable(*coloring_.map, picture->valueCount(), coloring_.limits, coloring_.flags);
+    const auto colors = colorTable(*coloring.map, picture->valueCount(), coloring.limits, coloring.flags);
     switch (picture->kind) {
     case PictureKind::grey8:
-        return engine_.put8GreyMap(colors);
+        engine_.put8GreyMap(colors);
+        break;
     case PictureKind::grey16:
-        return engine_.put16GreyMap(colors);
+        engine_.put16GreyMap(colors);
+        break;
     case PictureKind::range16:
-        return engine_.put16RangeMap(colors);
+        engine_.put16RangeMap(colors);
+        break;
     case PictureKind::color:
         break;
     }
+    coloredPicture_ = picture;
+    coloring_ = coloring;
 }
 
 void Scene::applyMasking() {
-    masking_ = view_.masking();
-    engine_.check(engine_->put_VisiblePixelMaskEnable(masking_.isOn ? VARIANT_TRUE : VARIANT_FALSE),
+    const Masking& masking = view_.masking();
+    if (masking_ == masking) {
+        return;
+    }
+    engine_.check(engine_->put_VisiblePixelMaskEnable(masking.isOn ? VARIANT_TRUE : VARIANT_FALSE),
                   "VisiblePixelMaskEnable");
-    engine_.check(engine_->put_VisiblePixelMaskColor(masking_.color), "VisiblePixelMaskColor");
+    engine_.check(engine_->put_VisiblePixelMaskColor(masking.color), "VisiblePixelMaskColor");
+    masking_ = masking;
 }
 
 void Scene::applyMethod() {
-    if (std::exchange(isCentre_, view_.isCentre()) != view_.isCentre()) {
-        engine_.putScalingMethod(isCentre_ ? talRenderEngineScalingMethodBilinearInterpolation
-                                           : talRenderEngineScalingMethodNoInterpolation);
+    if (isCentre_ == view_.isCentre()) {
+        return;
     }
+    engine_.putScalingMethod(view_.isCentre() ? talRenderEngineScalingMethodBilinearInterpolation
+                                              : talRenderEngineScalingMethodNoInterpolation);
+    isCentre_ = view_.isCentre();
 }
 
 } // namespace talview

@@ -5,10 +5,12 @@
 
 #include "viewer/scene/marker.h"
 #include "viewer/scene/overlays.h"
+#include "viewer/scene/screen.h"
 #include "viewer/view/view.h"
 
 #include <talxrend.hpp>
 
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -16,7 +18,7 @@ namespace talview {
 
 class Scene {
 public:
-    // Creates the engine for the window. Window and view must outlive the scene.
+    // Creates the engine for the window. Window and view must outlive the scene. Throws talxrend::Failure.
     Scene(HWND window, View& view, bool directDraw);
     Scene(const Scene&) = delete;
     Scene& operator=(const Scene&) = delete;
@@ -27,10 +29,10 @@ public:
     // The whole view.
     [[nodiscard]] RECT extent() const { return rectOf(view_.extent()); }
     // Bits of a pixel of the screen.
-    [[nodiscard]] int screenBits() const { return screenBits_; }
+    [[nodiscard]] int screenBits() const { return screen_.bits; }
     // The screen has 256 colours, so that the picture is not shown in its own.
     [[nodiscard]] bool isReduced() const {
-        return palettised_ && view_.picture() && view_.picture()->kind != PictureKind::grey8;
+        return screen_.isPalettised && view_.picture() && view_.picture()->kind != PictureKind::grey8;
     }
 
     // The image object of the view's picture; null: none.
@@ -38,6 +40,10 @@ public:
     // Gives engine and view the size of the window; both stay as they are while it has none.
     void resize();
     void paletteChanged();
+    // The window is on a monitor of another resolution now.
+    void setDpi(UINT dpi);
+
+    // These throw talxrend::Failure; rectangles are in pixels of the view.
 
     // Draws what of the view is damaged, for the screen or for a render target.
     void compose();
@@ -66,9 +72,7 @@ private:
 
     View& view_;
     talxrend::ComPtr<ITalImage> image_;
-    int screenBits_;
-    UINT dpi_;
-    bool palettised_; // the screen has 256 colours
+    ScreenFacts screen_;
     bool overlaysShown_ = true;
     Marker marker_;
     Overlays overlays_;
@@ -77,7 +81,7 @@ private:
     // What the engine has been given, or has drawn.
     const Picture* coloredPicture_ = nullptr;
     Coloring coloring_;
-    Masking masking_;
+    std::optional<Masking> masking_;
     bool isCentre_ = false;
     OverlayState overlayState_;
     std::vector<Box> pinned_;

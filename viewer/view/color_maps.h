@@ -33,11 +33,6 @@ constexpr std::uint32_t highFlag = 0xFF0000;
 // first colour, from limits.high on the last.
 [[nodiscard]] std::vector<std::uint32_t> colorTable(const ColorMap& map, std::uint32_t size, Limits limits,
                                                     Flags flags = Flags::off);
-[[nodiscard]] inline std::vector<std::uint32_t> colorTable(const ColorMap& map, std::uint32_t size,
-                                                           double low, double high) {
-    return colorTable(map, size, Limits{low, high});
-}
-
 // What such a table has for one value.
 [[nodiscard]] std::uint32_t colorOf(std::uint32_t value, const ColorMap& map, std::uint32_t size,
                                     Limits limits, Flags flags = Flags::off);

@@ -31,7 +31,8 @@ const Pair conflictsWithoutWindow[] = {
     {L"--profile", L"--no-overlays", "it is an overlay"},
 };
 
-const Pair needs[] = {
+// Where nobody can save by hand.
+const Pair holdNeeds[] = {
     {L"--format", L"--save", "it is the format of what is saved"},
     {L"--no-overlays", L"--save", "it says what is left out there"},
 };
@@ -52,8 +53,8 @@ void checkPairs(const Options& options) {
     for (const Pair& pair : conflictsWithoutWindow) {
         bothGiven(pair) && !options.save.empty() && !options.hold ? throwConflict(pair) : void();
     }
-    for (const Pair& pair : needs) {
-        if (options.has(pair.one) && !options.has(pair.other)) {
+    for (const Pair& pair : holdNeeds) {
+        if (options.hold && options.has(pair.one) && !options.has(pair.other)) {
             throw UsageError(utf8(pair.one) + " needs " + utf8(pair.other) + ": " + pair.why);
         }
     }

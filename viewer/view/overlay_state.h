@@ -6,6 +6,7 @@
 #include "viewer/view/placement.h"
 
 #include <optional>
+#include <string>
 
 namespace talview {
 
@@ -16,6 +17,7 @@ struct OverlayState {
     bool profile = false;     // the plot, and the line that its values are taken from
     std::optional<Line> line; // in image pixels, whole numbers being their middles
     bool help = false;
+    std::wstring message; // in a corner; empty: none
 
     [[nodiscard]] std::optional<Line> lineShown() const { return profile ? line : std::nullopt; }
     friend bool operator==(const OverlayState&, const OverlayState&) = default;

@@ -62,7 +62,7 @@ long PixelAxis::beginOf(long pixel) const {
     while (indexAt(offset) < pixel) {
         ++offset;
     }
-    return static_cast<long>(begin_ + offset);
+    return at(offset);
 }
 
 std::vector<long> PixelAxis::lines(long first, long last) const {

@@ -1,6 +1,7 @@
 // Where the pixels of an image lie in the view, to the view pixel, as the engine draws it.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <vector>
 
@@ -18,12 +19,16 @@ public:
     [[nodiscard]] long pixelAt(long position) const;
     // At a scale above 1: the first position that shows a pixel; of one that none shows, the image's end.
     [[nodiscard]] long beginOf(long pixel) const;
-    [[nodiscard]] long end() const { return static_cast<long>(begin_ + extent_); }
+    [[nodiscard]] long end() const { return at(extent_); }
 
     // Of the positions from first to last (exclusive), those where a pixel begins.
     [[nodiscard]] std::vector<long> lines(long first, long last) const;
 
 private:
+    // Of an offset, within 32 bits.
+    [[nodiscard]] long at(std::int64_t offset) const {
+        return static_cast<long>(std::clamp<std::int64_t>(begin_ + offset, INT32_MIN, INT32_MAX));
+    }
     [[nodiscard]] std::int64_t indexAt(std::int64_t offset) const;
 
     std::int64_t begin_;

@@ -7,13 +7,17 @@
 namespace talview {
 
 void Placement::place() {
-    scale_ = wantedScale_.value_or(
-        std::min(static_cast<double>(width_) / imageWidth_, static_cast<double>(height_) / imageHeight_));
+    // What fits is at least one pixel of the view high and wide.
+    const double fitting = std::max(
+        std::min(static_cast<double>(width_) / imageWidth_, static_cast<double>(height_) / imageHeight_),
+        0.5 / std::min(imageWidth_, imageHeight_));
+    scale_ = wantedScale_.value_or(fitting);
     at_ = wantedAt_.value_or(Point{std::floor((width_ - imageWidth_ * scale_) / 2),
                                    std::floor((height_ - imageHeight_ * scale_) / 2)});
     // Well inside 32 bits, so that sums of positions and sizes cannot overflow.
-    left_ = std::lround(std::clamp(at_.x, -1e9, 1e9));
-    top_ = std::lround(std::clamp(at_.y, -1e9, 1e9));
+    at_ = {std::clamp(at_.x, -1e9, 1e9), std::clamp(at_.y, -1e9, 1e9)};
+    left_ = std::lround(at_.x);
+    top_ = std::lround(at_.y);
 }
 
 void Placement::resize(long width, long height) {

@@ -1,7 +1,9 @@
 // Where the image lies in the window, and how zooming and dragging change that.
 #pragma once
 
-#include "viewer/view/options.h"
+#include "viewer/view/geometry.h"
+
+#include <optional>
 
 namespace talview {
 
@@ -19,7 +21,6 @@ public:
     // The window has a new size: an image that fits or lies in the middle does so again.
     void resize(long width, long height);
     void fit();
-    void zoomAbout(Point view, double factor) { zoomTo(view, scale_ * factor); }
     void zoomTo(Point view, double scale);
     void move(Point by);
     void center(); // at the scale that it has

@@ -14,9 +14,13 @@ View::View(const Options& options)
     : options_(options), placement_(options.scale, options.at),
       coloring_{options.map, {0, 255}, options.flags ? Flags::on : Flags::off}, masking_{options.hides,
                                                                                          options.maskColor},
-      isCentre_(options.centre), overlays_{options.grid,      options.colorBar,
-                                           options.histogram, options.profile.has_value(),
-                                           options.profile,   false},
+      isCentre_(options.centre), overlays_{options.grid,
+                                           options.colorBar,
+                                           options.histogram,
+                                           options.profile.has_value(),
+                                           options.profile,
+                                           false,
+                                           L""},
       markers_(options.markers) {}
 
 void View::setPicture(const Picture& picture, bool keepsView) {
@@ -152,6 +156,10 @@ void View::nextMap() {
         {coloring_.map == &maps.back() ? maps.data() : coloring_.map + 1, coloring_.limits, coloring_.flags});
 }
 
+void View::setMap(const ColorMap& map) {
+    setColoring({&map, coloring_.limits, coloring_.flags});
+}
+
 void View::toggleFlags() {
     setColoring({coloring_.map, coloring_.limits, coloring_.flags == Flags::on ? Flags::off : Flags::on});
 }
@@ -224,8 +232,12 @@ void View::removeMarker(std::size_t index) {
 
 void View::showNextMarker() {
     if (!markers_.empty()) {
-        const Box box = markerBox(markers_[nextMarker_++ % markers_.size()]);
-        move((width_ - box.left - box.right) / 2, (height_ - box.top - box.bottom) / 2);
+        const Point marker = markers_[nextMarker_++ % markers_.size()];
+        const Point at = placement_.toView({marker.x + 0.5, marker.y + 0.5});
+        const auto toMiddle = [](long size, double from) {
+            return std::lround(std::clamp(size / 2.0 - from, -1e9, 1e9));
+        };
+        move(toMiddle(width_, at.x), toMiddle(height_, at.y));
     }
 }
 

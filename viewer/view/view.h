@@ -67,6 +67,7 @@ public:
     void showDataLimits();
     void resetContrast(); // as the picture was opened
     void nextMap();
+    void setMap(const ColorMap& map); // one of colorMaps()
     void toggleFlags();
     void toggleMask();
     void nextMethod();
