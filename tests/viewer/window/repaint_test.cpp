@@ -86,6 +86,7 @@ TEST_P(WindowRepaint, TouchesNoMoreThanWhatHasChanged) {
     shown.command(COMMAND_METHOD); // to the centre-aligned one, which counts from the edges of what it draws
     Shown::pump();
     shown.send(WM_LBUTTONDOWN, MK_SHIFT, MAKELPARAM(52, 51));
+    drag(shown, WM_LBUTTONDOWN, MAKELPARAM(52, 51), MAKELPARAM(54, 51)); // by fewer than three pixels
     expectAsDrawnWhole(shown.scene());
     calls.take();
     shown.command(COMMAND_LEFT);
