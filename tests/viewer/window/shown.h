@@ -24,6 +24,7 @@ inline void expectAsDrawnWhole(Scene& scene) {
     const std::string shown = pixelsOf(scene);
     scene.view().damage().addAll();
     EXPECT_TRUE(shown == pixelsOf(scene));
+    static_cast<void>(scene.takeComposed()); // which is on the screen already
 }
 
 // A file on this run's own drive, of a picture with pixels as grey as five times their row-major number.
