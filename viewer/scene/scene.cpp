@@ -97,12 +97,12 @@ void Scene::compose() {
     overlayState_ = view_.overlays();
     pinned_ = pinned;
     moveDrawn(repair.dx, repair.dy);
-    if (repair.dx != 0 || repair.dy != 0) {
-        composed_.push_back(extent());
-    }
     for (const Box& box : repair.boxes) {
         composed_.push_back(redrawn(box));
         engine_.update(composed_.back());
+    }
+    if (repair.dx != 0 || repair.dy != 0) {
+        composed_.assign(1, extent());
     }
     redraw.done();
 }
