@@ -124,7 +124,7 @@ const std::vector<Option>& optionTable() {
              o.markers.push_back(parsePoint(v));
          }},
         {L"--markers", "FILE", fileName,
-         "markers of a CSV file, such as Ctrl+M writes (in a window: IMAGE.markers.csv)",
+         "markers of a CSV file, such as Ctrl+M writes (IMAGE.markers.csv, where there is one)",
          [](Options& o, Text v) {
              o.markersFile = parseFile(v);
          }},
