@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <sstream>
 
 namespace talview {
@@ -107,6 +108,11 @@ TEST(Options, LimitsBeginAsAskedFor) {
     EXPECT_EQ(openingLimits(parse("a.png"), picture), (Limits{100, 900}));
     EXPECT_EQ(openingLimits(parse("a.png --limits full"), picture), (Limits{0, 4095}));
     EXPECT_EQ(openingLimits(parse("a.png --limits -90,5"), picture), (Limits{10, 200}));
+    for (const double factor : {0.0, HUGE_VAL, std::nan(""), 1e-300, 1e300}) {
+        picture.scale = {factor, 5, L""};
+        const Limits limits = openingLimits(parse("a.png --limits 5,5.5"), picture);
+        EXPECT_TRUE(limits.low < limits.high && std::isfinite(limits.high - limits.low)) << factor;
+    }
 }
 
 TEST(Help, TellsAllOptions) {

@@ -21,13 +21,16 @@ Limits openingLimits(const Options& options, const Picture& picture) {
     case AskedLimits::fixed:
         break;
     }
-    constexpr double most = 1e12; // far beyond all values
+    constexpr double most = 1e12;    // far beyond all values
+    constexpr double least = 1e-100; // between the limits: colours for each value are worked out still
     const auto value = [&](double shown) {
         return std::clamp((shown - picture.scale.offset) / picture.scale.factor, -most, most);
     };
     const Limits& asked = options.limits.values;
-    const auto [low, high] = std::minmax({value(asked.low), value(asked.high)});
-    return {low, std::max(high, std::nextafter(low, 2 * most))};
+    const auto [low, end] = std::minmax({value(asked.low), value(asked.high)});
+    const double high = std::max({end, std::nextafter(low, 2 * most), low + least});
+    // A scale may be such that nothing asked for is a value.
+    return low < high ? Limits{low, high} : dataLimits(picture);
 }
 
 } // namespace talview

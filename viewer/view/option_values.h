@@ -4,6 +4,7 @@
 #include "viewer/view/failure.h"
 #include "viewer/view/geometry.h"
 #include "viewer/view/numbers.h"
+#include "viewer/view/picture.h"
 
 #include <algorithm>
 #include <array>
@@ -68,6 +69,19 @@ inline Point parsePoint(Text value) {
 inline long whole(double number, double low, double high) {
     return number < low || number > high || number != std::floor(number) ? throw BadValue()
                                                                          : static_cast<long>(number);
+}
+
+// FACTOR,OFFSET[,UNIT], so small and so large that sums with values of pictures stay numbers.
+inline ValueScale parseHeights(Text value) {
+    constexpr double most = 1e30;
+    const std::string text = utf8(value);
+    std::string_view rest = text;
+    const auto [factor, offset] = takeNumbers<2>(rest);
+    const bool isGood = std::abs(factor) >= 1 / most && std::abs(factor) <= most && std::abs(offset) <= most;
+    if (!isGood || (!rest.empty() && rest.front() != ',')) {
+        throw BadValue();
+    }
+    return {factor, offset, rest.empty() ? L"" : wide(rest.substr(1))};
 }
 
 inline std::uint32_t parseColor(Text value) {
