@@ -1,6 +1,7 @@
 // Values and texts of pictures.
 #include "viewer/view/failure.h"
-#include "viewer/view/picture.h"
+#include "viewer/view/pixel_values.h"
+#include "viewer/view/profile.h"
 
 #include <gtest/gtest.h>
 
@@ -35,8 +36,34 @@ TEST(Picture, ValuesAreToldInTheirUnit) {
     Picture heights = range({1000, 20}, {1, 0});
     EXPECT_EQ(valueText(heights, 0, 0), L"1000");
     heights.scale = {0.01, -3, L"mm"};
-    EXPECT_EQ(valueText(heights, 0, 0), L"7 mm");
-    EXPECT_EQ(valueText(heights, 1, 0), L"-2.8 mm (hidden)");
+    EXPECT_EQ(valueText(heights, 0, 0), L"7.00 mm");
+    EXPECT_EQ(valueText(heights, 1, 0), L"-2.80 mm (hidden)");
+    heights.scale = {0.001, 1000, L""};
+    EXPECT_EQ(valueText(heights, 0, 0), L"1001.000");
+    EXPECT_EQ(valueTexts(heights, 0, 0).at(0), L"1001.000");
+    EXPECT_EQ(longestValueText(heights), 8);
+    EXPECT_EQ(limitsText({-0.25, 1, L"V"}, {3, 8}), L"0.25 to -1.00 V");
+    EXPECT_EQ(limitsText({1, 0, L""}, {0.5, 200.125}), L"0.5 to 200.1");
+    EXPECT_EQ(numberText(2 / 3.0, {1 / 3.0, 0, L""}), L"0.667");
+    EXPECT_EQ(limitsText({1e-12, 0, L"s"}, {0, 5}) + limitsText({1e20, 0, L""}, {0, 5}),
+              L"0 to 5e-12 s0 to 5e+20");
+}
+
+// Others than those which the map is looked up with: the file's own, in their unit too.
+TEST(Picture, RealValuesAreToldInTheirUnit) {
+    Picture real = range({0, 65535}, {1, 0});
+    real.real = Block<float>(2);
+    real.real[0] = 0.1234567f;
+    real.real[1] = 16777216;
+    real.channels = 1;
+    real.scale = {0.5, 7, L""};
+    real.rescale({-2, 0, L"mm"});
+    EXPECT_EQ(real.scale.of(2), -16);
+    EXPECT_EQ(valueText(real, 0, 0) + valueText(real, 1, 0), L"-0.2469134 mm-33554432 mm (hidden)");
+    EXPECT_EQ(valueTexts(real, 0, 0).at(0), L"-0.246913");
+    EXPECT_EQ(profileAlong(real, {{0, 0}, {0, 0}}).curves.at(0).at(0), -2.0 * 0.1234567f);
+    real.kind = PictureKind::grey16;
+    EXPECT_EQ(kindText(real), L"32-bit grey");
 }
 
 TEST(Texts, GoToUtf8AndBack) {

@@ -84,7 +84,7 @@ struct Source {
             picture.mask = blockOf<std::uint8_t>(image.planes[1]);
         }
         if (options.heights) {
-            picture.scale = *options.heights;
+            picture.rescale(*options.heights);
         }
     }
     Picture picture;

@@ -2,18 +2,15 @@
 // shown as it is stays beside what is shown.
 //
 // - Grey of 8 or 16 bits is taken as it is, without a second copy.
-// - Other whole numbers give colours of 8 bits, rounded; the values of 16-bit ones are kept. A picture of
-// which
-//   every pixel is grey is a grey one, however the file says it.
+// - Other whole numbers give colours of 8 bits, rounded; the values of 16-bit ones are kept. A picture
+//   whose pixels are all grey is a grey one, however the file says it.
 // - Alpha that is not opaque everywhere is shown on a checkerboard of squares of 8 x 8 pixels; the file's
-// values,
-//   alpha the last, are kept.
+//   values, alpha the last, are kept.
 // - Other grey numbers, floating-point ones first of all, are spread over 16 bits: the smallest is 0, the
-// largest
-//   65535, and the picture's scale leads back. Infinite ones are 0 or 65535, and what is no number is 0.
+//   largest 65535, and the picture's scale leads back. Infinite ones are 0 or 65535, and what is no number
+//   is 0.
 // - Floating-point colours are light: 0 is black and 1 is white, what lies beyond is shown as these, and
-// between
-//   them the curve of the screen (sRGB) is applied.
+//   between them the curve of the screen (sRGB) is applied.
 // The values of both are kept as they are, in 32-bit floating point.
 #pragma once
 
@@ -26,7 +23,6 @@
 namespace talview {
 
 enum class Colors { grey, palette, rgb, bgr, cmyk };
-enum class Sample { whole, signedWhole, fixedPoint, real };
 enum class Alpha { none, straight, premultiplied };
 
 // How a file's pixels lie in memory. Samples of 16 and 32 bits are in the machine's own order of bytes.

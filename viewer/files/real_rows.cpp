@@ -68,6 +68,7 @@ public:
           values_(picture_.at(0, height)) {
         picture_.channels = format.colors == Colors::grey ? 1 : format.alpha == Alpha::none ? 3 : 4;
         picture_.real = Block<float>(values_ * picture_.channels);
+        picture_.sample = format.sample;
     }
 
     std::uint8_t* place(long /*first*/, long count) override {

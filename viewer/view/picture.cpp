@@ -1,9 +1,9 @@
 // Values of pictures, as numbers and as text.
 #include "viewer/view/picture.h"
 
+#include "viewer/view/pixel_values.h"
+
 #include <algorithm>
-#include <cmath>
-#include <cwchar>
 
 namespace talview {
 namespace {
@@ -24,53 +24,34 @@ std::pair<std::uint32_t, std::uint32_t> extremes(const Picture& picture, const B
 
 } // namespace
 
-std::wstring numberText(double number) {
-    const bool isWhole = number == std::floor(number) && std::abs(number) < 1e9;
-    wchar_t text[32];
-    std::swprintf(text, std::size(text), isWhole ? L"%.0f" : L"%.5g", number);
-    return text;
-}
-
 std::wstring valueText(const Picture& picture, long x, long y) {
-    const std::size_t at = picture.at(x, y);
     std::wstring text;
-    const auto add = [&](double value) {
-        text += (text.empty() ? L"" : L" ") + numberText(value);
-    };
-    if (picture.channels > 0) {
-        for (int channel = 0; channel < picture.channels; ++channel) {
-            const std::size_t index = at * picture.channels + channel;
-            add(picture.real ? picture.real[index] : picture.deep[index]);
-        }
-        return text;
+    for (const std::wstring& each : PixelValues(picture, x, y).texts()) {
+        text += (text.empty() ? L"" : L" ") + each;
     }
-    if (picture.kind == PictureKind::color) {
-        for (const auto& plane : picture.bytes) {
-            add(plane[at]);
-        }
-        return text;
-    }
-    add(picture.scale.of(picture.kind == PictureKind::grey8 ? picture.bytes[0][at] : picture.words[at]));
-    return text + (picture.scale.unit.empty() ? L"" : L" ") + picture.scale.unit +
-           (picture.isHidden(at) ? L" (hidden)" : L"");
+    const std::wstring& unit = picture.hasMap() ? picture.scale.unit : L"";
+    return text + (unit.empty() ? L"" : L" ") + unit +
+           (picture.isHidden(picture.at(x, y)) ? L" (hidden)" : L"");
 }
 
 std::wstring kindText(const Picture& picture) {
+    const bool isPoint =
+        picture.real && picture.sample != Sample::whole && picture.sample != Sample::signedWhole;
+    const wchar_t* const point = picture.sample == Sample::real ? L"floating-point" : L"fixed-point";
     switch (picture.kind) {
     case PictureKind::grey8:
         return L"8-bit grey";
     case PictureKind::grey16:
-        return picture.real ? L"floating-point grey" : std::to_wstring(picture.depth) + L"-bit grey";
+        return (isPoint ? point : std::to_wstring(picture.real ? 32 : picture.depth) + L"-bit") + L" grey";
     case PictureKind::range16:
         return picture.mask ? L"range with mask" : L"range";
     case PictureKind::color:
         break;
     }
-    const std::wstring alpha = picture.channels == 4 ? L" with alpha" : L"";
-    return (picture.real          ? L"floating-point colour"
-            : picture.depth == 16 ? L"16-bit colour"
-                                  : L"colour") +
-           alpha;
+    return (isPoint               ? point + std::wstring(L" ")
+            : picture.depth == 16 ? L"16-bit "
+                                  : L"") +
+           (picture.channels == 4 ? L"colour with alpha" : L"colour");
 }
 
 Limits dataLimits(const Picture& picture) {

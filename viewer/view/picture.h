@@ -2,7 +2,7 @@
 // its values.
 #pragma once
 
-#include "viewer/view/geometry.h"
+#include "viewer/view/value_scale.h"
 
 #include <array>
 #include <cstddef>
@@ -34,18 +34,8 @@ private:
     std::unique_ptr<Pel[]> pels_;
 };
 
-// What a value of the picture means: value * factor + offset, in a unit.
-struct ValueScale {
-    double factor = 1;
-    double offset = 0;
-    std::wstring unit;
-    [[nodiscard]] double of(double value) const { return value * factor + offset; }
-    [[nodiscard]] double valueOf(double number) const { return (number - offset) / factor; }
-    // This scale of what another one gives.
-    [[nodiscard]] ValueScale after(const ValueScale& first) const {
-        return {first.factor * factor, of(first.offset), unit};
-    }
-};
+// What the numbers of a file are.
+enum class Sample { whole, signedWhole, fixedPoint, real };
 
 struct Picture {
     PictureKind kind = PictureKind::grey8;
@@ -64,6 +54,14 @@ struct Picture {
     int channels = 0;
     Block<std::uint16_t> deep;
     Block<float> real;
+    Sample sample = Sample::whole; // of real; those of whole numbers have 32 bits
+    ValueScale realScale;          // of real grey and range values
+
+    // From now on, values mean what the scale gives of what they meant.
+    void rescale(const ValueScale& heights) {
+        scale = heights.after(scale);
+        realScale = heights.after(realScale);
+    }
 
     [[nodiscard]] std::size_t at(long x, long y) const { return static_cast<std::size_t>(width) * y + x; }
     // Number of different values that a pel can have.
@@ -77,11 +75,10 @@ struct Picture {
     [[nodiscard]] bool isHidden(std::size_t at) const { return mask && mask[at] == 0; }
 };
 
-// The file's value or values of a pixel, in the unit of the scale; (x, y) lies in the picture.
+// The file's value or values of a pixel, alpha the last, with the unit of the scale, and whether it is
+// hidden; (x, y) lies in the picture.
 [[nodiscard]] std::wstring valueText(const Picture& picture, long x, long y);
 [[nodiscard]] std::wstring kindText(const Picture& picture);
-// A number as a person reads it: 5 significant digits, or all that a whole one has.
-[[nodiscard]] std::wstring numberText(double number);
 
 // Smallest and largest visible value of a grey or range picture; where they are the same, or all are hidden,
 // the next one or the whole depth, so that low is below high.

@@ -2,69 +2,77 @@
 #include "viewer/view/pixel_values.h"
 
 #include <algorithm>
-#include <cmath>
 #include <cwchar>
 #include <iterator>
 
 namespace talview {
 namespace {
 
-constexpr int longestNumber = 7;
+constexpr int longestReal = 9;
 
-// Whether the numbers are whole ones of a few digits.
-bool isPlain(const Picture& picture) {
-    return !picture.real && picture.scale.factor == 1 && picture.scale.offset == 0;
-}
-
+// What fits of a floating-point number.
 std::wstring shortText(double number) {
-    wchar_t text[64];
-    for (int digits = 5;; --digits) {
-        const int length = std::swprintf(text, std::size(text), L"%.*g", digits, number);
-        if (length <= longestNumber || digits == 1) {
-            return text;
-        }
+    std::wstring text = numberText(number);
+    for (int digits = 6; text.size() > longestReal && digits > 0; --digits) {
+        wchar_t shorter[64];
+        std::swprintf(shorter, std::size(shorter), L"%.*g", digits, number);
+        text = shorter;
     }
+    return text;
 }
 
 } // namespace
 
-std::size_t PixelValues::countOf(const Picture& picture) {
-    if (picture.channels > 0) {
-        return picture.channels < 3 ? 1 : 3;
+PixelValues::PixelValues(const Picture& picture, long x, long y)
+    : picture_(picture), count_(std::max(static_cast<std::size_t>(picture.channels), countOf(picture))) {
+    for (std::size_t i = 0; i < count_; ++i) {
+        values_[i] = numberAt(picture.at(x, y), i);
     }
-    return picture.kind == PictureKind::color ? 3 : 1;
 }
 
-PixelValues::PixelValues(const Picture& picture, long x, long y) : count_(countOf(picture)) {
-    const std::size_t at = picture.at(x, y);
-    for (std::size_t i = 0; i < count_; ++i) {
-        if (picture.channels > 0) {
-            const std::size_t index = at * picture.channels + i;
-            values_[i] = picture.real ? picture.real[index] : picture.deep[index];
-        } else if (picture.kind == PictureKind::color) {
-            values_[i] = picture.bytes[i][at];
-        } else {
-            values_[i] = picture.scale.of(picture.kind == PictureKind::grey8 ? picture.bytes[0][at]
-                                                                             : picture.words[at]);
-        }
+double PixelValues::numberAt(std::size_t pel, std::size_t channel) const {
+    const std::size_t index = pel * count_ + channel;
+    if (!picture_.hasMap()) {
+        return picture_.real   ? picture_.real[index]
+               : picture_.deep ? picture_.deep[index]
+                               : picture_.bytes[channel][pel];
     }
+    return picture_.real ? picture_.realScale.of(picture_.real[index])
+                         : picture_.scale.of(picture_.kind == PictureKind::grey8 ? picture_.bytes[0][pel]
+                                                                                 : picture_.words[pel]);
+}
+
+std::vector<std::wstring> PixelValues::texts() const {
+    std::vector<std::wstring> texts;
+    for (std::size_t i = 0; i < count_; ++i) {
+        const bool isScaled = picture_.hasMap() && !picture_.real;
+        texts.push_back(isScaled ? numberText(values_[i], picture_.scale) : numberText(values_[i]));
+    }
+    return texts;
 }
 
 int longestValueText(const Picture& picture) {
-    if (!isPlain(picture)) {
-        return longestNumber;
+    if (picture.real) {
+        return longestReal;
     }
-    const bool isByte =
-        !picture.deep && (picture.kind == PictureKind::grey8 || picture.kind == PictureKind::color);
-    return isByte ? 3 : 5;
+    if (!picture.hasMap()) {
+        return picture.deep ? 5 : 3;
+    }
+    const auto length = [&](double value) {
+        return static_cast<int>(numberText(picture.scale.of(value), picture.scale).size());
+    };
+    return std::max(length(0), length(picture.kind == PictureKind::grey8 ? 255 : 65535));
 }
 
 std::vector<std::wstring> valueTexts(const Picture& picture, long x, long y) {
-    std::vector<std::wstring> texts;
-    if (!picture.isHidden(picture.at(x, y))) {
-        for (const double value : PixelValues(picture, x, y).values()) {
-            texts.push_back(shortText(value));
-        }
+    if (picture.isHidden(picture.at(x, y))) {
+        return {};
+    }
+    const PixelValues values(picture, x, y);
+    std::vector<std::wstring> texts = values.texts();
+    texts.resize(PixelValues::countOf(picture));
+    for (std::size_t i = 0; picture.real && i < texts.size(); ++i) {
+        texts[i] = shortText(values.values()[i]);
     }
     return texts;
 }
