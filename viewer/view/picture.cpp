@@ -8,15 +8,25 @@
 namespace talview {
 namespace {
 
+// Of all pels, or of those that are not hidden. Whole vectors of pels are compared at once, so nothing but
+// the pel's own type may hold what is found, and no pel may decide what is done.
 template <class Pel>
 std::pair<std::uint32_t, std::uint32_t> extremes(const Picture& picture, const Block<Pel>& pels) {
-    const std::uint32_t bits = picture.valueCount() - 1;
-    std::uint32_t low = bits;
-    std::uint32_t high = 0;
-    for (std::size_t i = 0; i < pels.size(); ++i) {
-        if (!picture.isHidden(i)) {
-            low = std::min(low, pels[i] & bits);
-            high = std::max(high, pels[i] & bits);
+    const Pel bits = static_cast<Pel>(picture.valueCount() - 1);
+    const Pel* const from = pels.data();
+    const std::uint8_t* const mask = picture.mask.data();
+    Pel low = bits;
+    Pel high = 0;
+    if (picture.mask) {
+        for (std::size_t i = 0; i < pels.size(); ++i) {
+            const Pel shown = mask[i] == 0 ? 0 : bits;
+            low = std::min<Pel>(low, (from[i] & shown) | (bits & ~shown));
+            high = std::max<Pel>(high, from[i] & shown);
+        }
+    } else {
+        for (std::size_t i = 0; i < pels.size(); ++i) {
+            low = std::min<Pel>(low, from[i] & bits);
+            high = std::max<Pel>(high, from[i] & bits);
         }
     }
     return {low, high};
