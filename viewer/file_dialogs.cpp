@@ -1,12 +1,15 @@
 // The common dialogs.
 #include "viewer/file_dialogs.h"
 
+#include "viewer/files/folder.h"
+
 #include <commdlg.h>
 
 namespace talview {
 namespace {
 
 constexpr std::size_t longestPath = 32768;
+const std::wstring nul(1, L'\0');
 
 std::wstring ask(BOOL(WINAPI* dialog)(OPENFILENAMEW*), HWND owner, const std::wstring& file,
                  const wchar_t* filter, DWORD flags) {
@@ -24,6 +27,15 @@ std::wstring ask(BOOL(WINAPI* dialog)(OPENFILENAMEW*), HWND owner, const std::ws
     return dialog(&asked) ? path.c_str() : L"";
 }
 
+// Such as *.png;*.bmp.
+std::wstring allPictures() {
+    std::wstring patterns;
+    for (const wchar_t* ending : pictureEndings) {
+        patterns += (patterns.empty() ? L"*" : L";*") + std::wstring(ending);
+    }
+    return patterns;
+}
+
 } // namespace
 
 std::wstring wholeFolder(const std::wstring& file) {
@@ -33,13 +45,13 @@ std::wstring wholeFolder(const std::wstring& file) {
         file.find(L':') != std::wstring::npos || file.starts_with(L'\\') || file.starts_with(L'/');
     folder.resize(GetFullPathNameW((isWhole ? file : from).c_str(), static_cast<DWORD>(folder.size()),
                                    folder.data(), nullptr));
-    folder.resize(folder.find_last_of(L'\\') + 1);
-    return folder;
+    return folderOf(folder);
 }
 
 std::wstring askForPicture(HWND owner, const std::wstring& file) {
     return ask(GetOpenFileNameW, owner, file,
-               L"Pictures\0*.png;*.bmp;*.tif;*.tiff;*.jpg;*.jpeg\0All files\0*.*\0", OFN_FILEMUSTEXIST);
+               (L"Pictures" + nul + allPictures() + nul + L"All files" + nul + L"*.*" + nul).c_str(),
+               OFN_FILEMUSTEXIST);
 }
 
 std::wstring askForSaveName(HWND owner, const std::wstring& file) {

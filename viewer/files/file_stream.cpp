@@ -7,11 +7,11 @@ namespace talview {
 
 namespace {
 
-HANDLE opened(const std::wstring& path) {
-    const HANDLE file =
-        CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
-                    nullptr, OPEN_EXISTING, 0, nullptr);
-    if (file == INVALID_HANDLE_VALUE) {
+Handle opened(const std::wstring& path) {
+    Handle file = ownFile(CreateFileW(path.c_str(), GENERIC_READ,
+                                      FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                                      OPEN_EXISTING, 0, nullptr));
+    if (!file) {
         talxrend::check(HRESULT_FROM_WIN32(GetLastError()), "cannot open " + talxrend::utf8(path));
     }
     return file;

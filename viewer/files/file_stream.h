@@ -2,12 +2,12 @@
 #pragma once
 
 #include "viewer/files/file_facts.h"
+#include "viewer/files/handle.h"
 
 #include <talxrend.hpp>
 
 #include <atomic>
 #include <functional>
-#include <memory>
 #include <string>
 
 namespace talview {
@@ -46,15 +46,11 @@ public:
     STDMETHODIMP Clone(IStream**) override { return E_NOTIMPL; }
 
 private:
-    struct Close {
-        void operator()(HANDLE file) const { CloseHandle(file); }
-    };
-
     ~FileStream() = default;
 
     std::size_t readAt(std::uint64_t from, void* to, std::size_t count) const;
 
-    std::unique_ptr<void, Close> file_;
+    Handle file_;
     std::uint64_t size_ = 0;
     MayRead mayRead_;
     std::uint64_t at_ = 0;

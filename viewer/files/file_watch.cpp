@@ -1,10 +1,13 @@
 // The thread that waits for a folder.
 #include "viewer/files/file_watch.h"
 
-#include <windows.h>
+#include "viewer/files/folder.h"
+#include "viewer/files/handle.h"
 
-#include <atomic>
+#include <talxrend.hpp>
+
 #include <cstdint>
+#include <mutex>
 #include <thread>
 #include <utility>
 
@@ -12,6 +15,8 @@ namespace talview {
 namespace {
 
 constexpr DWORD quietMilliseconds = 300;
+constexpr DWORD mostMilliseconds = 1000;  // until somebody is told of a file that is never left alone
+constexpr DWORD againMilliseconds = 1000; // until a folder that cannot be watched is tried again
 
 struct Stamp {
     bool exists = false;
@@ -32,89 +37,120 @@ Stamp stampOf(const std::wstring& path) {
             number(data.ftLastWriteTime.dwHighDateTime, data.ftLastWriteTime.dwLowDateTime)};
 }
 
-HANDLE notificationOf(const std::wstring& path) {
-    const std::wstring folder = path.substr(0, path.find_last_of(L"\\/:") + 1);
+struct CloseNotification {
+    void operator()(HANDLE notification) const { FindCloseChangeNotification(notification); }
+};
+
+using Notification = std::unique_ptr<void, CloseNotification>;
+
+// Null where the folder cannot be watched.
+Notification notificationOf(const std::wstring& path) {
+    const std::wstring folder = folderOf(path);
     const HANDLE notification = FindFirstChangeNotificationW(
         folder.empty() ? L"." : folder.c_str(), FALSE,
         FILE_NOTIFY_CHANGE_FILE_NAME | FILE_NOTIFY_CHANGE_SIZE | FILE_NOTIFY_CHANGE_LAST_WRITE);
-    return notification == INVALID_HANDLE_VALUE ? nullptr : notification;
+    return Notification(notification == INVALID_HANDLE_VALUE ? nullptr : notification);
 }
 
 } // namespace
 
+// What the thread and the watch have in common; the thread's alone when the watch has let go of it, for a
+// folder on another machine may keep it waiting.
 class FileWatch::Watcher {
 public:
-    Watcher(std::wstring path, const std::function<void()>& wake)
-        : path_(std::move(path)), wake_(wake), folder_(notificationOf(path_)),
-          end_(CreateEventW(nullptr, TRUE, FALSE, nullptr)) {
-        if (folder_ && end_) {
-            thread_ = std::thread([this, known = stampOf(path_)] { run(known); });
+    Watcher(std::wstring path, std::function<void()> wake)
+        : path_(std::move(path)), wake_(std::move(wake)), folder_(notificationOf(path_)),
+          end_(CreateEventW(nullptr, TRUE, FALSE, nullptr)), known_(stampOf(path_)) {
+        if (!end_) {
+            throw talxrend::Failure(HRESULT_FROM_WIN32(GetLastError()), "cannot watch the file");
         }
     }
 
-    ~Watcher() {
-        if (thread_.joinable()) {
-            SetEvent(end_.get());
-            thread_.join();
-        }
+    void end() {
+        const std::lock_guard lock(mutex_);
+        isOver_ = true;
+        SetEvent(end_.get());
     }
 
-    Watcher(const Watcher&) = delete;
-    Watcher& operator=(const Watcher&) = delete;
+    [[nodiscard]] bool takeChange() {
+        const std::lock_guard lock(mutex_);
+        return std::exchange(isChanged_, false);
+    }
 
-    [[nodiscard]] bool takeChange() { return changed_.exchange(false); }
+    void run() {
+        Stamp seen = known_;
+        ULONGLONG first = 0; // when it became another one than the one that is known
+        ULONGLONG last = 0;  // when it changed last
+        for (bool isWaiting = false; wait(isWaiting ? quietMilliseconds : INFINITE);) {
+            const ULONGLONG time = GetTickCount64();
+            // Other files of the folder may change all the time.
+            if (const Stamp now = stampOf(path_); now != seen) {
+                first = isWaiting ? first : time;
+                last = time;
+                seen = now;
+            }
+            isWaiting = seen.exists && seen != known_;
+            if (isWaiting && (time - last >= quietMilliseconds || time - first >= mostMilliseconds)) {
+                isWaiting = false;
+                known_ = seen;
+                tell();
+            }
+        }
+    }
 
 private:
-    struct CloseEvent {
-        void operator()(HANDLE event) const { CloseHandle(event); }
-    };
-    struct CloseNotification {
-        void operator()(HANDLE notification) const { FindCloseChangeNotification(notification); }
-    };
-
-    void run(Stamp known) {
+    // Until something has changed in the folder, or may have; false: it is over.
+    bool wait(DWORD milliseconds) {
         const HANDLE waited[] = {end_.get(), folder_.get()};
-        Stamp seen = known;
-        ULONGLONG since = 0; // when it was seen first
-        while (true) {
-            // Other files of the folder may change all the time.
-            const bool isWaiting = seen.exists && seen != known;
-            const DWORD reason =
-                WaitForMultipleObjects(2, waited, FALSE, isWaiting ? quietMilliseconds : INFINITE);
-            if (reason == WAIT_OBJECT_0 + 1) {
-                FindNextChangeNotification(folder_.get());
-            } else if (reason != WAIT_TIMEOUT) {
-                return;
-            }
-            const ULONGLONG time = GetTickCount64();
-            if (const Stamp now = stampOf(path_); now != seen) {
-                seen = now;
-                since = time;
-            } else if (isWaiting && time - since >= quietMilliseconds) {
-                known = seen;
-                changed_ = true;
-                wake_();
-            }
+        const DWORD reason = WaitForMultipleObjects(folder_ ? 2 : 1, waited, FALSE,
+                                                    folder_ ? milliseconds : againMilliseconds);
+        if (!folder_) {
+            folder_ = notificationOf(path_);
+        } else if (reason == WAIT_OBJECT_0 + 1 && !FindNextChangeNotification(folder_.get())) {
+            folder_.reset();
+        }
+        return reason == WAIT_OBJECT_0 + 1 || reason == WAIT_TIMEOUT;
+    }
+
+    void tell() {
+        const std::lock_guard lock(mutex_);
+        if (!isOver_) {
+            isChanged_ = true;
+            wake_();
         }
     }
 
-    std::wstring path_;
-    const std::function<void()>& wake_;
-    std::unique_ptr<void, CloseNotification> folder_; // null: it cannot be watched
-    std::unique_ptr<void, CloseEvent> end_;
-    std::atomic<bool> changed_{false};
-    std::thread thread_;
+    const std::wstring path_;
+    const std::function<void()> wake_;
+    Notification folder_;
+    const Handle end_;
+    Stamp known_;
+
+    std::mutex mutex_; // of these
+    bool isOver_ = false;
+    bool isChanged_ = false;
 };
 
 FileWatch::FileWatch(std::function<void()> wake) : wake_(std::move(wake)) {}
 
-FileWatch::~FileWatch() = default;
+FileWatch::~FileWatch() {
+    watch({});
+}
 
 void FileWatch::watch(const std::wstring& path) {
-    if (path != path_) {
-        watcher_.reset();
+    if (path == path_) {
+        return;
+    }
+    if (watcher_) {
+        watcher_->end();
+    }
+    watcher_.reset();
+    path_.clear();
+    if (!path.empty()) {
+        auto watcher = std::make_shared<Watcher>(path, wake_);
+        std::thread([watcher] { watcher->run(); }).detach();
+        watcher_ = std::move(watcher);
         path_ = path;
-        watcher_ = path.empty() ? nullptr : std::make_unique<Watcher>(path, wake_);
     }
 }
 

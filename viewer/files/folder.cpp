@@ -3,28 +3,27 @@
 
 #include <windows.h>
 
+#include <shlwapi.h>
+
 #include <algorithm>
 #include <memory>
 
 namespace talview {
 namespace {
 
+// Some names that differ, such as 1 and 01, are the same to the first comparison.
 bool isBefore(const std::wstring& one, const std::wstring& other) {
-    return CompareStringOrdinal(one.c_str(), -1, other.c_str(), -1, TRUE) == CSTR_LESS_THAN;
+    const int order = StrCmpLogicalW(one.c_str(), other.c_str());
+    return order < 0 ||
+           (order == 0 && CompareStringOrdinal(one.c_str(), -1, other.c_str(), -1, TRUE) == CSTR_LESS_THAN);
 }
 
 bool isPicture(const std::wstring& name) {
     const auto dot = name.find_last_of(L'.');
     const std::wstring ending = dot == std::wstring::npos ? L"" : name.substr(dot);
-    const wchar_t* const endings[] = {L".png", L".bmp", L".tif", L".tiff", L".jpg", L".jpeg"};
-    return std::any_of(std::begin(endings), std::end(endings), [&](const wchar_t* each) {
+    return std::any_of(std::begin(pictureEndings), std::end(pictureEndings), [&](const wchar_t* each) {
         return CompareStringOrdinal(ending.c_str(), -1, each, -1, TRUE) == CSTR_EQUAL;
     });
-}
-
-// With the separator behind it; empty for the current one.
-std::wstring folderOf(const std::wstring& file) {
-    return file.substr(0, file.find_last_of(L"\\/:") + 1);
 }
 
 struct CloseSearch {
@@ -32,6 +31,10 @@ struct CloseSearch {
 };
 
 } // namespace
+
+std::wstring folderOf(const std::wstring& path) {
+    return path.substr(0, path.find_last_of(L"\\/:") + 1);
+}
 
 std::wstring nameOf(const std::wstring& path) {
     return path.substr(path.find_last_of(L"\\/:") + 1);

@@ -1,13 +1,15 @@
 // Threads that read.
 #include "viewer/files/reader.h"
 
+#include "viewer/view/failure.h"
+
 #include <talxrend.hpp>
 
 #include <chrono>
 #include <condition_variable>
+#include <exception>
 #include <mutex>
 #include <new>
-#include <stdexcept>
 #include <thread>
 
 namespace talview {
@@ -24,14 +26,26 @@ public:
     FreeApartment& operator=(const FreeApartment&) = delete;
 };
 
-std::variant<FilePicture, std::string> readOrSay(const FileRequest& request, Progress& progress) {
+using Outcome = std::variant<FilePicture, std::string>;
+
+// Whatever is thrown, but for Cancelled, is said. noMemory: what to say where there is none, made while there
+// was some.
+Outcome readOrSay(const FileRequest& request, Progress& progress, std::string& noMemory) {
     try {
-        const FreeApartment apartment;
-        return readPicture(request, progress);
+        try {
+            const FreeApartment apartment;
+            return readPicture(request, progress);
+        } catch (const std::bad_alloc&) {
+            throw;
+        } catch (const Cancelled&) {
+            throw;
+        } catch (const std::exception& failure) {
+            return failure.what();
+        } catch (...) {
+            return "cannot read the picture";
+        }
     } catch (const std::bad_alloc&) {
-        return "not enough memory for " + talxrend::utf8(request.path);
-    } catch (const std::runtime_error& failure) {
-        return failure.what();
+        return std::move(noMemory);
     }
 }
 
@@ -53,9 +67,11 @@ struct Reader::Shared {
 
 struct Reader::Job {
     Job(FileRequest asked, Shared& readers)
-        : request(std::move(asked)), progress([this] { progressed(); }), shared(readers) {}
+        : request(std::move(asked)), noMemory("not enough memory for " + utf8(request.path)),
+          progress([this] { progressed(); }), shared(readers) {}
 
     FileRequest request;
+    std::string noMemory;
     Progress progress;
     Shared& shared;
     Clock::time_point told{}; // of the job's thread
@@ -73,7 +89,8 @@ struct Reader::Job {
 
     void run() {
         try {
-            Result read{request, readOrSay(request, progress)};
+            Outcome outcome = readOrSay(request, progress, noMemory);
+            Result read{std::move(request), std::move(outcome)};
             const std::lock_guard lock(shared.mutex);
             if (shared.job.get() == this) {
                 shared.result = std::move(read);

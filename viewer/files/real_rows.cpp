@@ -1,7 +1,10 @@
 // Floating-point, fixed-point and 32-bit numbers.
 #include "viewer/files/raw_rows.h"
 
+#include "viewer/view/light.h"
+
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstring>
 #include <limits>
@@ -47,14 +50,13 @@ float number(const RawFormat& format, const std::uint8_t* from) {
 
 // What the screen is told for light between 0 and 1.
 std::uint8_t ofLight(float light) {
-    static const std::vector<std::uint8_t> table = [] {
-        std::vector<std::uint8_t> values(65536);
-        for (std::size_t i = 0; i < values.size(); ++i) {
-            const double x = i / 65535.0;
-            const double y = x <= 0.0031308 ? 12.92 * x : 1.055 * std::pow(x, 1 / 2.4) - 0.055;
-            values[i] = static_cast<std::uint8_t>(std::lround(y * 255));
+    // Without a destructor: threads may convert still when the program ends.
+    static const std::array<std::uint8_t, 65536> table = [] {
+        std::array<std::uint8_t, 65536> levels{};
+        for (std::size_t i = 0; i < levels.size(); ++i) {
+            levels[i] = levelOf(static_cast<double>(i) / 65535);
         }
-        return values;
+        return levels;
     }();
     return light > 0 ? table[static_cast<std::size_t>(std::min(light, 1.0f) * 65535 + 0.5f)] : table[0];
 }

@@ -1,18 +1,13 @@
 // The path through OKLab.
 #include "viewer/view/even_map.h"
 
-#include <algorithm>
+#include "viewer/view/light.h"
+
 #include <cmath>
 #include <numbers>
 
 namespace talview {
 namespace {
-
-// The share of a channel, 0 to 1, with the transfer curve of sRGB, as 8 bits.
-std::uint32_t encoded(double linear) {
-    const double share = linear <= 0.0031308 ? 12.92 * linear : 1.055 * std::pow(linear, 1 / 2.4) - 0.055;
-    return static_cast<std::uint32_t>(std::lround(255 * std::clamp(share, 0.0, 1.0)));
-}
 
 // The transform of Björn Ottosson, "A perceptual color space for image processing", 2020.
 std::uint32_t fromOklab(double lightness, double a, double b) {
@@ -25,7 +20,7 @@ std::uint32_t fromOklab(double lightness, double a, double b) {
     const double red = 4.0767416621 * l - 3.3077115913 * m + 0.2309699292 * s;
     const double green = -1.2684380046 * l + 2.6097574011 * m - 0.3413193965 * s;
     const double blue = -0.0041960863 * l - 0.7034186147 * m + 1.7076147010 * s;
-    return encoded(red) << 16 | encoded(green) << 8 | encoded(blue);
+    return std::uint32_t{levelOf(red)} << 16 | levelOf(green) << 8 | levelOf(blue);
 }
 
 } // namespace
