@@ -1,16 +1,13 @@
 // Memory that the clipboard takes over.
 #include "viewer/share/clipboard.h"
 
+#include "viewer/share/global_memory.h"
 #include "viewer/share/view_bitmap.h"
 
 #include <cstring>
 
 namespace talview {
 namespace {
-
-struct FreeGlobal {
-    void operator()(HGLOBAL memory) const { GlobalFree(memory); }
-};
 
 // A block that the system can own.
 class Shared {
@@ -20,7 +17,9 @@ public:
     }
 
     void write(std::size_t at, const void* bytes, std::size_t size) const {
-        std::memcpy(static_cast<char*>(GlobalLock(memory_.get())) + at, bytes, size);
+        void* const begin = GlobalLock(memory_.get());
+        talxrend::check(begin ? S_OK : E_OUTOFMEMORY, "cannot copy");
+        std::memcpy(static_cast<char*>(begin) + at, bytes, size);
         GlobalUnlock(memory_.get());
     }
 
@@ -46,7 +45,7 @@ private:
         Clipboard& operator=(const Clipboard&) = delete;
     };
 
-    std::unique_ptr<void, FreeGlobal> memory_;
+    GlobalMemory memory_;
 };
 
 } // namespace

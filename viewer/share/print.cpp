@@ -1,6 +1,7 @@
 // The dialog, the page, and the place on it.
 #include "viewer/share/print.h"
 
+#include "viewer/share/global_memory.h"
 #include "viewer/share/view_bitmap.h"
 #include "viewer/view/failure.h"
 
@@ -62,12 +63,6 @@ private:
     bool isOpen_ = false;
 };
 
-void freeGlobal(HGLOBAL memory) {
-    if (memory) {
-        GlobalFree(memory);
-    }
-}
-
 // The dialog says that there is none in a box of its own, so it is not asked.
 bool isThereAPrinter() {
     DWORD bytes = 0;
@@ -87,8 +82,8 @@ talxrend::GdiOwner<HDC> askForPrinter(HWND owner) {
     asked.Flags = PD_RETURNDC | PD_NOSELECTION | PD_NOPAGENUMS | PD_USEDEVMODECOPIESANDCOLLATE;
     const bool isChosen = PrintDlgW(&asked);
     talxrend::GdiOwner<HDC> printer(asked.hDC);
-    freeGlobal(asked.hDevMode);
-    freeGlobal(asked.hDevNames);
+    const GlobalMemory mode(asked.hDevMode);
+    const GlobalMemory names(asked.hDevNames);
     const DWORD error = isChosen ? 0 : CommDlgExtendedError();
     if (error != 0 || (isChosen && !printer)) {
         throw Failure("cannot ask for a printer (error " + std::to_string(error) + ")");
@@ -98,7 +93,7 @@ talxrend::GdiOwner<HDC> askForPrinter(HWND owner) {
 
 } // namespace
 
-void print(HWND owner, Scene& scene, const std::wstring& title) {
+void print(HWND owner, const std::function<Scene&()>& scene, const std::wstring& title) {
     const auto printer = askForPrinter(owner);
     if (!printer) {
         return;
@@ -106,7 +101,7 @@ void print(HWND owner, Scene& scene, const std::wstring& title) {
     Document document(printer.get(), title);
     document.beginPage();
     printTo(printer.get(),
-            {0, 0, GetDeviceCaps(printer.get(), HORZRES), GetDeviceCaps(printer.get(), VERTRES)}, scene);
+            {0, 0, GetDeviceCaps(printer.get(), HORZRES), GetDeviceCaps(printer.get(), VERTRES)}, scene());
     document.finish();
 }
 

@@ -7,6 +7,9 @@ namespace talview {
 
 // The whole view in 24-bit colour, rows from the bottom as the clipboard wants them, drawn anew if something
 // has changed. Either engine. Throws talxrend::Failure.
-[[nodiscard]] talxrend::GdiOwner<HBITMAP> viewBitmap(Scene& scene);
+[[nodiscard]] inline talxrend::GdiOwner<HBITMAP> viewBitmap(Scene& scene) {
+    scene.compose();
+    return talxrend::viewBitmap(scene.engine(), talxrend::Rows::fromBottom);
+}
 
 } // namespace talview

@@ -210,16 +210,21 @@ inline void encode(Pixels& pixels, const GUID& container, const std::wstring& pa
     check(encoder->Commit(), what);
 }
 
-// A file under a name of its own until it takes the place of another; gone if it never does.
+} // namespace detail
+
+// A file under a name of its own, beside another one, until it takes the place of that; gone if it never
+// does. Two programs that replace the same file do not meet.
 class NewFile {
 public:
-    explicit NewFile(const std::wstring& replaced) : replaced_(replaced), path_(replaced + L".new") {}
+    explicit NewFile(const std::wstring& replaced)
+        : replaced_(replaced), path_(replaced + L"." + std::to_wstring(GetCurrentProcessId()) + L".new") {}
     ~NewFile() { DeleteFileW(path_.c_str()); }
     NewFile(const NewFile&) = delete;
     NewFile& operator=(const NewFile&) = delete;
 
     [[nodiscard]] const std::wstring& path() const { return path_; }
 
+    // To be called when the file is closed; what: for the Failure that says that it cannot.
     void replace(const std::string& what) const {
         if (!MoveFileExW(path_.c_str(), replaced_.c_str(), MOVEFILE_REPLACE_EXISTING)) {
             throw Failure(HRESULT_FROM_WIN32(GetLastError()), what);
@@ -231,12 +236,10 @@ private:
     std::wstring path_;
 };
 
-} // namespace detail
-
 // Writes a DIB section with rows from the top, as the engines' pictures are, as PNG, JPEG, BMP or TIFF by the
-// name's ending; a file of that name is replaced when the new one, which is called .new until then, is whole.
-// PNG keeps the palette of 8-bit pictures, everything else becomes 24-bit colour. Throws a Failure with WIC's
-// or the system's code. The thread must be an apartment.
+// name's ending; a file of that name is replaced when the new one, which has another name until then, is
+// whole. PNG keeps the palette of 8-bit pictures, everything else becomes 24-bit colour. Throws a Failure
+// with WIC's or the system's code. The thread must be an apartment.
 inline void saveBitmap(HBITMAP bitmap, const std::wstring& path) {
     const std::string what = "cannot write " + utf8(path);
     const GUID& container = detail::containerOf(path);
@@ -244,7 +247,7 @@ inline void saveBitmap(HBITMAP bitmap, const std::wstring& path) {
     if (!pixels.palette.empty() && container != GUID_ContainerFormatPng) {
         detail::dropPalette(pixels);
     }
-    const detail::NewFile file(path);
+    const NewFile file(path);
     detail::encode(pixels, container, file.path(), what);
     file.replace(what);
 }
@@ -253,27 +256,34 @@ inline void savePicture(const ComPtr<IPictureDisp>& picture, const std::wstring&
     saveBitmap(bitmapOf(picture), path);
 }
 
-// Writes the view as it is composed now, through either engine's device context, as 24-bit colour.
-inline void saveView(const Engine& engine, const std::wstring& path) {
+enum class Rows { fromTop, fromBottom };
+
+// The view as it is composed now, through either engine's device context, as a DIB section of 24-bit colour.
+// The system's clipboard wants rows from the bottom, everything else here rows from the top.
+[[nodiscard]] inline GdiOwner<HBITMAP> viewBitmap(const Engine& engine, Rows rows = Rows::fromTop) {
     const RECT view = engine.extent();
     BITMAPINFO info{};
     info.bmiHeader.biSize = sizeof info.bmiHeader;
     info.bmiHeader.biWidth = view.right;
-    info.bmiHeader.biHeight = -view.bottom;
+    info.bmiHeader.biHeight = rows == Rows::fromTop ? -view.bottom : view.bottom;
     info.bmiHeader.biPlanes = 1;
     info.bmiHeader.biBitCount = 24;
     void* bits = nullptr;
-    const GdiOwner<HBITMAP> bitmap(CreateDIBSection(nullptr, &info, DIB_RGB_COLORS, &bits, nullptr, 0));
+    GdiOwner<HBITMAP> bitmap(CreateDIBSection(nullptr, &info, DIB_RGB_COLORS, &bits, nullptr, 0));
     check(bitmap ? S_OK : E_OUTOFMEMORY, "cannot make a bitmap of the view's size");
-    {
-        const GdiOwner<HDC> dc(CreateCompatibleDC(nullptr));
-        const Selected selected(dc.get(), bitmap.get());
-        DrawContext source(engine, 0, view);
-        const bool copied = BitBlt(dc.get(), 0, 0, view.right, view.bottom, source, 0, 0, SRCCOPY);
-        source.end();
-        check(copied ? S_OK : E_FAIL, "cannot read the engine's pixels");
-    }
-    saveBitmap(bitmap.get(), path);
+    const GdiOwner<HDC> dc(CreateCompatibleDC(nullptr));
+    const Selected selected(dc.get(), bitmap.get());
+    DrawContext source(engine, 0, view);
+    const bool copied = BitBlt(dc.get(), 0, 0, view.right, view.bottom, source, 0, 0, SRCCOPY);
+    source.end();
+    check(copied ? S_OK : E_FAIL, "cannot read the engine's pixels");
+    GdiFlush();
+    return bitmap;
+}
+
+// Writes the view as it is composed now.
+inline void saveView(const Engine& engine, const std::wstring& path) {
+    saveBitmap(viewBitmap(engine).get(), path);
 }
 
 } // namespace talxrend
