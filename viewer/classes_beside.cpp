@@ -1,6 +1,8 @@
 // An activation context by the file's name.
 #include "viewer/classes_beside.h"
 
+#include "viewer/view/failure.h"
+
 #include <talxrend.hpp>
 
 #include <string>
@@ -20,17 +22,16 @@ ClassesBeside::ClassesBeside() {
     source.dwFlags = ACTCTX_FLAG_ASSEMBLY_DIRECTORY_VALID;
     source.lpSource = path.c_str();
     source.lpAssemblyDirectory = folder.c_str();
-    context_ = CreateActCtxW(&source);
-    if (context_ == INVALID_HANDLE_VALUE) {
-        throw talxrend::Failure(HRESULT_FROM_WIN32(GetLastError()), "cannot use " + talxrend::utf8(path));
+    const HANDLE context = CreateActCtxW(&source);
+    context_.reset(context == INVALID_HANDLE_VALUE ? nullptr : context);
+    if (!context_ || !ActivateActCtx(context_.get(), &cookie_)) {
+        throw talxrend::Failure(HRESULT_FROM_WIN32(GetLastError()), "cannot use " + utf8(path));
     }
-    ActivateActCtx(context_, &cookie_);
 }
 
 ClassesBeside::~ClassesBeside() {
-    if (context_ != INVALID_HANDLE_VALUE) {
+    if (context_) {
         DeactivateActCtx(0, cookie_);
-        ReleaseActCtx(context_);
     }
 }
 

@@ -3,6 +3,8 @@
 
 #include <windows.h>
 
+#include <memory>
+
 namespace talview {
 
 // While this lives, the thread finds the classes that talview.exe.manifest beside the program names. The
@@ -16,7 +18,10 @@ public:
     ClassesBeside& operator=(const ClassesBeside&) = delete;
 
 private:
-    HANDLE context_ = INVALID_HANDLE_VALUE;
+    struct Release {
+        void operator()(HANDLE context) const { ReleaseActCtx(context); }
+    };
+    std::unique_ptr<void, Release> context_; // null: there is no file
     ULONG_PTR cookie_ = 0;
 };
 

@@ -1,9 +1,8 @@
 // Streams, the console of the program that started this one, and the box.
 #include "viewer/terminal.h"
 
+#include "viewer/files/handle.h"
 #include "viewer/view/failure.h"
-
-#include <windows.h>
 
 #include <cstdio>
 
@@ -15,23 +14,33 @@ bool isOpen(DWORD which) {
     return stream && stream != INVALID_HANDLE_VALUE && GetFileType(stream) != FILE_TYPE_UNKNOWN;
 }
 
-// Only for this text: what else the program prints is for programs that read its output.
-bool writeToParentsConsole(const std::wstring& text) {
-    if (!AttachConsole(ATTACH_PARENT_PROCESS)) {
-        return false;
+// The console of the program that started this one, if there is one, for the length of a scope. What else
+// this program prints is for programs that read its output.
+class ParentsConsole {
+public:
+    ParentsConsole() = default;
+    ~ParentsConsole() {
+        if (isAttached_) {
+            FreeConsole();
+        }
     }
-    const HANDLE console = CreateFileW(L"CONOUT$", GENERIC_READ | GENERIC_WRITE, FILE_SHARE_WRITE, nullptr,
-                                       OPEN_EXISTING, 0, nullptr);
-    DWORD written = 0;
-    const bool isWritten =
-        console != INVALID_HANDLE_VALUE &&
-        WriteConsoleW(console, text.c_str(), static_cast<DWORD>(text.size()), &written, nullptr);
-    if (console != INVALID_HANDLE_VALUE) {
-        CloseHandle(console);
+    ParentsConsole(const ParentsConsole&) = delete;
+    ParentsConsole& operator=(const ParentsConsole&) = delete;
+
+    [[nodiscard]] bool write(const std::wstring& text) const {
+        if (!isAttached_) {
+            return false;
+        }
+        const Handle console = ownFile(CreateFileW(L"CONOUT$", GENERIC_READ | GENERIC_WRITE, FILE_SHARE_WRITE,
+                                                   nullptr, OPEN_EXISTING, 0, nullptr));
+        DWORD written = 0;
+        return console &&
+               WriteConsoleW(console.get(), text.c_str(), static_cast<DWORD>(text.size()), &written, nullptr);
     }
-    FreeConsole();
-    return isWritten;
-}
+
+private:
+    bool isAttached_ = AttachConsole(ATTACH_PARENT_PROCESS);
+};
 
 } // namespace
 
@@ -41,7 +50,7 @@ void tell(Output output, const std::string& text, bool mayShowBox) {
         std::FILE* stream = isError ? stderr : stdout;
         std::fputs(text.c_str(), stream);
         std::fflush(stream);
-    } else if (!writeToParentsConsole(wide(text)) && mayShowBox) {
+    } else if (!ParentsConsole().write(wide(text)) && mayShowBox) {
         MessageBoxW(nullptr, wide(text).c_str(), L"talview",
                     MB_OK | (isError ? MB_ICONERROR : MB_ICONINFORMATION));
     }

@@ -1,20 +1,13 @@
 // Reading and replacing.
 #include "viewer/files/text_file.h"
 
+#include "viewer/files/handle.h"
 #include "viewer/view/failure.h"
 
 #include <talxrend.hpp>
 
-#include <memory>
-
 namespace talview {
 namespace {
-
-struct Close {
-    void operator()(HANDLE file) const { CloseHandle(file); }
-};
-
-using File = std::unique_ptr<void, Close>;
 
 constexpr DWORD mostBytes = 16 << 20;
 
@@ -22,20 +15,28 @@ constexpr DWORD mostBytes = 16 << 20;
     throw talxrend::Failure(HRESULT_FROM_WIN32(GetLastError()), what);
 }
 
-File open(const std::wstring& path, DWORD access, DWORD disposition, const std::string& what) {
-    const HANDLE file = CreateFileW(path.c_str(), access, FILE_SHARE_READ, nullptr, disposition,
-                                    FILE_ATTRIBUTE_NORMAL, nullptr);
-    if (file == INVALID_HANDLE_VALUE) {
+Handle open(const std::wstring& path, DWORD access, DWORD disposition, const std::string& what) {
+    Handle file = ownFile(CreateFileW(path.c_str(), access, FILE_SHARE_READ, nullptr, disposition,
+                                      FILE_ATTRIBUTE_NORMAL, nullptr));
+    if (!file) {
         throwLast(what);
     }
-    return File(file);
+    return file;
+}
+
+void write(const std::wstring& path, const std::string& text, const std::string& what) {
+    const Handle file = open(path, GENERIC_WRITE, CREATE_ALWAYS, what);
+    DWORD written = 0;
+    if (!WriteFile(file.get(), text.data(), static_cast<DWORD>(text.size()), &written, nullptr)) {
+        throwLast(what);
+    }
 }
 
 } // namespace
 
 std::string readText(const std::wstring& path) {
     const std::string what = "cannot read " + utf8(path);
-    const File file = open(path, GENERIC_READ, OPEN_EXISTING, what);
+    const Handle file = open(path, GENERIC_READ, OPEN_EXISTING, what);
     LARGE_INTEGER size{};
     if (!GetFileSizeEx(file.get(), &size)) {
         throwLast(what);
@@ -54,23 +55,9 @@ std::string readText(const std::wstring& path) {
 
 void writeText(const std::wstring& path, const std::string& text) {
     const std::string what = "cannot write " + utf8(path);
-    // Two programs that write the same file do not meet.
-    const std::wstring newPath = path + L"." + std::to_wstring(GetCurrentProcessId()) + L".new";
-    try {
-        {
-            const File file = open(newPath, GENERIC_WRITE, CREATE_ALWAYS, what);
-            DWORD written = 0;
-            if (!WriteFile(file.get(), text.data(), static_cast<DWORD>(text.size()), &written, nullptr)) {
-                throwLast(what);
-            }
-        }
-        if (!MoveFileExW(newPath.c_str(), path.c_str(), MOVEFILE_REPLACE_EXISTING)) {
-            throwLast(what);
-        }
-    } catch (...) {
-        DeleteFileW(newPath.c_str());
-        throw;
-    }
+    const talxrend::NewFile file(path);
+    write(file.path(), text, what);
+    file.replace(what);
 }
 
 } // namespace talview
