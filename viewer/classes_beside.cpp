@@ -1,7 +1,7 @@
 // An activation context by the file's name.
 #include "viewer/classes_beside.h"
 
-#include "viewer/view/failure.h"
+#include "viewer/view/text.h"
 
 #include <talxrend.hpp>
 

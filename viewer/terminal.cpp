@@ -2,7 +2,7 @@
 #include "viewer/terminal.h"
 
 #include "viewer/files/handle.h"
-#include "viewer/view/failure.h"
+#include "viewer/view/text.h"
 
 #include <cstdio>
 

@@ -1,6 +1,8 @@
 // Reading at places of a file.
 #include "viewer/files/file_stream.h"
 
+#include "viewer/view/text.h"
+
 #include <algorithm>
 
 namespace talview {
@@ -12,7 +14,7 @@ Handle opened(const std::wstring& path) {
                                       FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
                                       OPEN_EXISTING, 0, nullptr));
     if (!file) {
-        talxrend::check(HRESULT_FROM_WIN32(GetLastError()), "cannot open " + talxrend::utf8(path));
+        talxrend::check(HRESULT_FROM_WIN32(GetLastError()), "cannot open " + utf8(path));
     }
     return file;
 }
@@ -23,7 +25,7 @@ FileStream::FileStream(const std::wstring& path, MayRead mayRead)
     : file_(opened(path)), mayRead_(std::move(mayRead)) {
     LARGE_INTEGER size{};
     if (!GetFileSizeEx(file_.get(), &size)) {
-        talxrend::check(HRESULT_FROM_WIN32(GetLastError()), "cannot read " + talxrend::utf8(path));
+        talxrend::check(HRESULT_FROM_WIN32(GetLastError()), "cannot read " + utf8(path));
     }
     size_ = static_cast<std::uint64_t>(size.QuadPart);
 }

@@ -1,7 +1,7 @@
 // Threads that read.
 #include "viewer/files/reader.h"
 
-#include "viewer/view/failure.h"
+#include "viewer/view/text.h"
 
 #include <talxrend.hpp>
 

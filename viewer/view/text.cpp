@@ -1,5 +1,5 @@
-// Texts of failures.
-#include "viewer/view/failure.h"
+// Surrogates, and bytes that follow bytes.
+#include "viewer/view/text.h"
 
 #include <algorithm>
 
@@ -66,10 +66,6 @@ std::wstring wide(std::string_view text) {
         appendWide(result, isGood ? character : noCharacter);
     }
     return result;
-}
-
-std::string notRegistered(const std::string& dll) {
-    return dll + " is not registered or cannot be loaded; run: regsvr32 " + dll;
 }
 
 } // namespace talview
