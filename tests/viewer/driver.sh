@@ -1,30 +1,15 @@
 # Drives talview by a real mouse and keyboard: for a script that is called TALVIEW VIEW_MODEL ENGINE BITS, with a screen
 # of so many bits and a prefix of its own (scripts/on-screen).
-source "$(dirname "${BASH_SOURCE[0]}")/../../scripts/common.sh"
+source "$(dirname "${BASH_SOURCE[0]}")/window.sh"
 talview=$1 model=$2 engine=$3 bits=$4
-pictures=${TALX_PICTURES:-} # a folder: pictures of the screen are kept there
 shot=0
 cd "$WINEPREFIX"
-
-# eventually COMMAND...: waits until it succeeds.
-eventually() {
-    for _ in $(seq 150); do
-        "$@" && return
-        sleep 0.2
-    done
-    [[ -z $pictures ]] || { import -silent -window root "$pictures/in-vain.png"; cp ./*.ppm "$pictures"; }
-    die "In vain: $* (lines ${BASH_LINENO[*]}), complaints: $(cat complaints)"
-}
 
 # start ARGUMENT...: the viewer, with a picture of 400 x 300; that is at $left,$top then.
 start() {
     size=400x300
     xdotool mousemove 1000 740
-    rm -f said # of the one before
-    wine "$talview" "$@" --no-state --engine "$engine" --size $size >said 2>complaints &
-    viewer=$!
-    eventually grep -qs "^shown: " said
-    IFS=', ' read -r _ _ _ left top _ <said
+    launch "$@" --no-state --engine "$engine" --size $size
 }
 
 # part FILE GEOMETRY: a part of the screen, counted from the picture's corner.
@@ -85,13 +70,6 @@ atOnce() {
     kill -STOP "$viewer"
     "$@"
     kill -CONT "$viewer"
-}
-
-leave() {
-    point 390 290 # keys go to where the pointer is
-    xdotool key alt+F4
-    eventually grep -q '^drawn: ' said
-    wait "$viewer" || die "The viewer ended with $?: $(cat complaints)"
 }
 
 # drawn: how often the viewer that has been left says it has drawn.
