@@ -74,7 +74,8 @@ bool Viewer::commandFile(int id) {
         copyValue();
         return true;
     case COMMAND_PRINT:
-        print(window_.handle(), *scene_, nameOf(shown_.path));
+        print(
+            window_.handle(), [this]() -> Scene& { return *scene_; }, nameOf(shown_.path));
         return true;
     case COMMAND_CANCEL:
         cancel();

@@ -152,7 +152,7 @@ void Viewer::setPicture(const FileRequest& request, FilePicture file) {
         input_.release(); // a drag would go on with what it began with
     }
     if (options_.heights) {
-        file.picture.scale = options_.heights->after(file.picture.scale);
+        file.picture.rescale(*options_.heights);
     }
     Image image(std::move(file.picture));
     scene_->setImage(image.object());
