@@ -15,10 +15,8 @@ std::wstring format(const wchar_t* pattern, Values... values) {
 
 std::wstring contrastText(const View& view) {
     const Coloring& coloring = view.coloring();
-    const ValueScale& scale = view.picture()->scale;
-    return coloring.map->name + std::wstring(L" ") + numberText(scale.of(coloring.limits.low), scale) +
-           L" to " + numberText(scale.of(coloring.limits.high), scale) + (scale.unit.empty() ? L"" : L" ") +
-           scale.unit + (coloring.flags == Flags::on ? L", flags" : L"");
+    return coloring.map->name + std::wstring(L" ") + limitsText(view.picture()->scale, coloring.limits) +
+           (coloring.flags == Flags::on ? L", flags" : L"");
 }
 
 } // namespace

@@ -65,7 +65,8 @@ TEST(Options, ErrorsSayWhatIsAllowed) {
              "--size 400|--size 0x5|--size 5x16385|--size 5.5x5|--size 4x4x4|--scale 0|--scale 1001|--scale "
              "nan|"
              "--scale 0x5|--at 1|--at 1,2,3|--at ,2|--method Nearest|--map blue|--limits 5,5|--limits 1,inf|"
-             "--depth 9|--kind grey|--mask-color 12345|--mask-color 12345g|--heights 0,1|--heights 1,2mm|"
+             "--depth 9|--kind grey|--mask-color 12345|--mask-color 12345g|--heights 0,1|--heights "
+             "1,2mm|--heights 1e31,0|--heights 1e-31,0|--heights 1,-1e31|"
              "--frame 0|--frame 1.5|--profile 1,2,3|--format rgb8|--save a.gif|--save png|--hold -1",
              '|')) {
         const auto words = split(bad, ' ');

@@ -134,7 +134,9 @@ private:
 FileWatch::FileWatch(std::function<void()> wake) : wake_(std::move(wake)) {}
 
 FileWatch::~FileWatch() {
-    watch({});
+    if (watcher_) {
+        watcher_->end();
+    }
 }
 
 void FileWatch::watch(const std::wstring& path) {

@@ -32,16 +32,6 @@ void setLimits(Options& options, Text value) {
     options.limits = {AskedLimits::fixed, low < high ? Limits{low, high} : throw BadValue()};
 }
 
-void setHeights(Options& options, Text value) {
-    const std::string text = utf8(value);
-    std::string_view rest = text;
-    const auto [factor, offset] = takeNumbers<2>(rest);
-    if (factor == 0 || (!rest.empty() && rest.front() != ',')) {
-        throw BadValue();
-    }
-    options.heights = {factor, offset, rest.empty() ? L"" : wide(rest.substr(1))};
-}
-
 void setProfile(Options& options, Text value) {
     const auto [fromX, fromY, toX, toY] = parseNumbers<4>(value);
     options.profile = {{fromX, fromY}, {toX, toY}};
@@ -114,7 +104,10 @@ const std::vector<Option>& optionTable() {
          }},
         {L"--heights", "FACTOR,OFFSET[,UNIT]",
          "two numbers, the first one not 0, and perhaps a unit, such as 0.002,-5,mm",
-         "what grey and range values mean: value * FACTOR + OFFSET", setHeights},
+         "what grey and range values mean: value * FACTOR + OFFSET",
+         [](Options& o, Text v) {
+             o.heights = parseHeights(v);
+         }},
         {L"--frame", "N", "a whole number from 1 to 100000", "the picture in a file of several (1)",
          [](Options& o, Text v) {
              o.frame = whole(parseNumbers<1>(v)[0], 1, 100000);
