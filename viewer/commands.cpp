@@ -107,8 +107,12 @@ void Viewer::cancel() {
 void Viewer::save(const std::wstring& path) {
     scene_->showOverlays(areOverlaysShown_ && options_.savesOverlays);
     const auto format = static_cast<TalRenderTargetFormatConstants>(options_.format);
+    struct Restore {
+        ~Restore() { scene.showOverlays(areShown); }
+        Scene& scene;
+        bool areShown;
+    } const restore{*scene_, areOverlaysShown_};
     talview::save(*scene_, scene_->isDirectDraw() ? talRenderTargetFormatUnspecified : format, path);
-    scene_->showOverlays(areOverlaysShown_);
 }
 
 void Viewer::copyValue() {
@@ -151,6 +155,18 @@ bool Viewer::commandPlace(int id) {
         return true;
     case COMMAND_DOWN:
         view_.move(0, -arrowStep);
+        return true;
+    case COMMAND_FINE_LEFT:
+        view_.move(1, 0);
+        return true;
+    case COMMAND_FINE_RIGHT:
+        view_.move(-1, 0);
+        return true;
+    case COMMAND_FINE_UP:
+        view_.move(0, 1);
+        return true;
+    case COMMAND_FINE_DOWN:
+        view_.move(0, -1);
         return true;
     case COMMAND_FULL_SCREEN:
         window_.setFullScreen(!window_.isFullScreen());
@@ -274,11 +290,15 @@ void Viewer::commandMarker(int id) {
         break;
     case COMMAND_MARKER_NEXT:
         view_.showNextMarker();
+        window_.aimAtMiddle(); // where it is now
         break;
     case COMMAND_MARKERS_SAVE:
         saveMarkers();
         break;
     case COMMAND_MARKERS_LOAD:
+        if (!mayLeavePicture()) {
+            break;
+        }
         view_.setMarkers(readMarkers(markersBeside(shown_.path)));
         break;
     }

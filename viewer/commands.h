@@ -10,7 +10,7 @@
 #define COMMAND_RELOAD 102
 #define COMMAND_NEXT 103 // of the folder
 #define COMMAND_PREVIOUS 104
-#define COMMAND_CANCEL 105 // stops what is under way, leaves help page or full screen, or exits
+#define COMMAND_CANCEL 105 // stops what is under way, leaves help page or full screen
 #define COMMAND_NEXT_FRAME 106
 #define COMMAND_PREVIOUS_FRAME 107
 #define COMMAND_SAVE 108
@@ -28,6 +28,10 @@
 #define COMMAND_DOWN 127
 #define COMMAND_CENTRE 128
 #define COMMAND_FULL_SCREEN 129
+#define COMMAND_FINE_LEFT 130
+#define COMMAND_FINE_RIGHT 131
+#define COMMAND_FINE_UP 132
+#define COMMAND_FINE_DOWN 133
 #define COMMAND_METHOD 140
 #define COMMAND_MAP 141
 #define COMMAND_ENGINE 142

@@ -19,9 +19,8 @@ CommandState Viewer::stateOf(int id) const {
     case COMMAND_PREVIOUS:
         return {!asked_.path.empty()};
     case COMMAND_NEXT_FRAME:
-        return {shown_.frame + 1 < frames_};
     case COMMAND_PREVIOUS_FRAME:
-        return {shown_.frame > 0};
+        return {frames_ > 1};
     case COMMAND_FULL_SCREEN:
         return {true, window_.isFullScreen()};
     case COMMAND_METHOD:

@@ -2,12 +2,12 @@
 #include "viewer/files/folder.h"
 #include "viewer/files/marker_file.h"
 #include "viewer/files/picture_file.h"
+#include "viewer/terminal.h"
 #include "viewer/view/failure.h"
 #include "viewer/viewer.h"
 
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
 
 namespace talview {
 namespace {
@@ -66,10 +66,12 @@ void Viewer::openAtOnce(const std::wstring& path) {
     Progress nobodyAsks;
     FilePicture file = readPicture(asked_, nobodyAsks);
     if (!file.note.empty()) {
-        std::fprintf(stderr, "talview: %s\n", utf8(file.note).c_str());
+        talview::tell(Output::error, "talview: " + utf8(file.note) + "\n", false);
     }
     if (file.frames > 1 && !options_.has(L"--frame")) {
-        std::fprintf(stderr, "talview: this is picture 1 of %u in the file\n", file.frames);
+        talview::tell(Output::error,
+                      "talview: this is picture 1 of " + std::to_string(file.frames) + " in the file\n",
+                      false);
     }
     setPicture(asked_, std::move(file));
 }
@@ -81,6 +83,9 @@ bool Viewer::mayLeavePicture() {
     const std::wstring question = L"Save the markers of " + nameOf(shown_.path) + L"?";
     const int answer =
         MessageBoxW(window_.handle(), question.c_str(), L"talview", MB_YESNOCANCEL | MB_ICONQUESTION);
+    if (answer == IDNO) {
+        view_.markersKept(); // as far as anybody wants
+    }
     return answer == IDNO || (answer == IDYES && attempt([this] { saveMarkers(); }));
 }
 
@@ -132,11 +137,17 @@ void Viewer::woken() {
 void Viewer::readingEnded(Reader::Result result) {
     if (const auto* whyNot = std::get_if<std::string>(&result.outcome)) {
         tell(wide(*whyNot));
-        std::fprintf(stderr, "talview: %s\n", whyNot->c_str());
+        talview::tell(Output::error, "talview: " + *whyNot + "\n", false);
         if (!view_.picture()) {
             view_.forgetOpening();
         }
         return;
+    }
+    // Markers may have been set since the file was asked for.
+    if (!isSameFile(result.request.path, shown_.path) && !mayLeavePicture()) {
+        asked_ = shown_;
+        watch_.watch(shown_.path);
+        return tell(L"");
     }
     attempt([&] {
         auto& file = std::get<FilePicture>(result.outcome);

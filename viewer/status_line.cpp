@@ -78,11 +78,9 @@ void StatusLine::tell(const std::wstring& message) {
     }
 }
 
-void StatusLine::expire() {
-    constexpr ULONGLONG readable = 2000;
-    if (hasMessage() && GetTickCount64() - told_ > readable) {
-        tell(L"");
-    }
+bool StatusLine::hasBeenRead() const {
+    constexpr ULONGLONG milliseconds = 2000;
+    return hasMessage() && GetTickCount64() - told_ > milliseconds;
 }
 
 void StatusLine::paint() const {

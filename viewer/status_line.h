@@ -22,8 +22,8 @@ public:
     // A text over the whole line instead of the fields until it is empty.
     void tell(const std::wstring& message);
     [[nodiscard]] bool hasMessage() const { return !message_.empty(); }
-    // Ends a message that has been there long enough to be read.
-    void expire();
+    // There is a message, and it has been there long enough.
+    [[nodiscard]] bool hasBeenRead() const;
     void paint() const;
 
 private:

@@ -112,6 +112,8 @@ void Viewer::paint(const RECT& uncovered) {
         if (!drawAnew(scene_->isDirectDraw()) && scene_->isDirectDraw()) {
             drawAnew(false);
         }
+    } catch (const std::bad_alloc&) {
+        tell(L"not enough memory to draw");
     }
     updateStatus();
 }
@@ -161,8 +163,8 @@ void Viewer::moved(POINT to) {
         input_.move({static_cast<double>(to.x), static_cast<double>(to.y)});
         changed();
     }
-    if (!reader_.busy()) {
-        window_.status().expire();
+    if (!reader_.busy() && window_.status().hasBeenRead()) {
+        tell(L"");
     }
     updateStatus();
 }
@@ -189,7 +191,7 @@ void Viewer::setTitle() {
 
 void Viewer::updateStatus() {
     if (!view_.picture() && !window_.status().hasMessage()) {
-        window_.status().tell(L"No picture: Ctrl+O opens one, F1 shows help");
+        tell(L"No picture: Ctrl+O opens one, F1 shows help");
     }
     StatusFacts facts{{}, {}, shown_.frame, frames_, isIncomplete_};
     if (options_.interactive()) { // a picture of the screen shall depend neither on the mouse nor on the time

@@ -137,6 +137,8 @@ LRESULT Window::answer(UINT message, WPARAM wParam, LPARAM lParam) {
             PostQuitMessage(0);
         }
         return 0;
+    case WM_QUERYENDSESSION:
+        return events_->mayClose();
     case WM_ENDSESSION:
         if (wParam) {
             events_->sessionEnds();

@@ -43,6 +43,7 @@ public:
     // What a command is aimed at: where the pointer is, or for one from the menu, where it was on its way
     // there; otherwise the middle of the view.
     [[nodiscard]] POINT aim() const;
+    void aimAtMiddle() { lastInside_.reset(); } // unless the pointer is in the view
 
 private:
     LRESULT answer(UINT message, WPARAM wParam, LPARAM lParam) override;

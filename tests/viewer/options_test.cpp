@@ -44,7 +44,7 @@ std::string errorOf(Parse parse, const std::string& text) {
 TEST(Options, AreRead) {
     const Options o =
         parse("a.png --at -1e2,+3 --heights -0.5,10,mm,x --limits -3,4 --marker 1,2 --marker 3,4.5"
-              " --mask-color 10aBff --save x.y/A.JPG --format rgb16 --size 40x30");
+              " --mask m.png --mask-color 10aBff --save x.y/A.JPG --format rgb16 --size 40x30");
     EXPECT_EQ(std::vector({o.width + 0.0, o.at->x, o.at->y, o.heights->of(4), o.markers.at(1).y}),
               std::vector<double>({40, -100, 3, 8, 4.5}));
     EXPECT_EQ(o.heights->unit, L"mm,x");
@@ -54,7 +54,8 @@ TEST(Options, AreRead) {
     for (const std::string& good :
          split("|a.png --mask b.png --mask-color 000000 --kind range|a.png --marker 1,1 --markers "
                "b.csv|--scale fit"
-               "|a.png --save a.bmp --hold 2 --no-overlays --marker 1,1 --no-mask --mask-color 000000",
+               "|a.png --save a.bmp --hold 2 --no-overlays --marker 1,1 --no-mask --mask-color 000000 "
+               "--mask m.png",
                '|')) {
         EXPECT_EQ(errorOf(parse, good), "none") << good;
     }
@@ -96,6 +97,7 @@ TEST(Options, ThatWouldDoNothingAreErrorsThatNameBoth) {
     }
     EXPECT_EQ(errorOf(parse, "a.png --format rgb16 --hold 1").find("--format needs --save"), 0u);
     EXPECT_EQ(errorOf(parse, "--frame 2"), "--frame needs an image");
+    EXPECT_EQ(errorOf(parse, "a.png --no-mask").find("--no-mask needs --mask"), 0u);
 }
 
 TEST(Options, LimitsBeginAsAskedFor) {

@@ -55,7 +55,7 @@ const std::vector<HelpLine>& helpLines() {
         {L"Esc", L"stop reading; leave this page, the full screen"},
         {L"", L"View"},
         {L"wheel, +, -", L"zoom about the pointer, or the middle"},
-        {L"drag, middle drag, arrows", L"move the picture"},
+        {L"drag, middle drag, arrows", L"move the picture, with Shift+arrows by one pixel"},
         {L"0, F", L"fit the picture to the window"},
         {L"1", L"one pixel of the screen for each of the picture"},
         {L"Home", L"centre the picture"},

@@ -37,6 +37,11 @@ const Pair holdNeeds[] = {
     {L"--no-overlays", L"--save", "it says what is left out there"},
 };
 
+const Pair needs[] = {
+    {L"--mask-color", L"--mask", "nothing is hidden"},
+    {L"--no-mask", L"--mask", "nothing is hidden"},
+};
+
 const wchar_t* const needImage[] = {L"--save", L"--hold", L"--frame", L"--mask", L"--marker", L"--markers"};
 
 [[noreturn]] void throwConflict(const Pair& pair) {
@@ -55,6 +60,14 @@ void checkPairs(const Options& options) {
     }
     for (const Pair& pair : holdNeeds) {
         if (options.hold && options.has(pair.one) && !options.has(pair.other)) {
+            throw UsageError(utf8(pair.one) + " needs " + utf8(pair.other) + ": " + pair.why);
+        }
+    }
+}
+
+void checkNeeds(const Options& options) {
+    for (const Pair& pair : needs) {
+        if (options.has(pair.one) && !options.has(pair.other)) {
             throw UsageError(utf8(pair.one) + " needs " + utf8(pair.other) + ": " + pair.why);
         }
     }
@@ -127,6 +140,7 @@ Options parseOptions(const std::vector<std::wstring>& arguments) {
         }
     }
     checkPairs(options);
+    checkNeeds(options);
     checkValues(options);
     options.range |= !options.mask.empty();
     return options;

@@ -35,20 +35,21 @@ void View::setPicture(const Picture& picture, bool keepsView) {
         areMarkersChanged_ = false;
         overlays_.line.reset();
     }
-    coloring_.limits = keepsView && before ? limitsKept(*before) : openingLimits(options_, picture);
-    openedLimits_ = openingLimits(options_, picture);
+    const Limits opening = openingLimits(options_, picture);
+    coloring_.limits = keepsView && before ? limitsKept(*before, opening) : opening;
+    openedLimits_ = opening;
     damage_.addAll();
 }
 
 // Limits that a person has set stay what they mean, though the values may have another scale now.
-Limits View::limitsKept(const Picture& before) const {
+Limits View::limitsKept(const Picture& before, Limits opening) const {
     const Picture& now = *picture_;
     if (coloring_.limits == openedLimits_ || before.kind != now.kind || before.depth != now.depth) {
-        return openingLimits(options_, now);
+        return opening;
     }
     const auto [low, high] = std::minmax({now.scale.valueOf(before.scale.of(coloring_.limits.low)),
                                           now.scale.valueOf(before.scale.of(coloring_.limits.high))});
-    return low < high ? Limits{low, high} : openingLimits(options_, now);
+    return low < high ? Limits{low, high} : opening;
 }
 
 void View::forgetOpening() {

@@ -89,7 +89,7 @@ public:
     [[nodiscard]] Box markerBox(Point image) const;
 
 private:
-    [[nodiscard]] Limits limitsKept(const Picture& before) const;
+    [[nodiscard]] Limits limitsKept(const Picture& before, Limits opening) const;
     void placed(const Placement& before);
     void setColoring(const Coloring& coloring);
 
