@@ -157,6 +157,8 @@ TEST_P(WindowRepaint, EqualsDrawingEverythingAfterAnything) {
             if (step % 40 == 0) {
                 ShowWindow(shown.window, SW_RESTORE);
                 MoveWindow(shown.window, 0, 0, 400, 300, FALSE);
+                shown.command(COMMAND_GRID); // ends the message of whatever came before
+                shown.command(COMMAND_GRID);
                 const std::string before = pixelsOf(shown.scene());
                 shown.command(COMMAND_ENGINE);
                 shown.command(COMMAND_ENGINE); // to which everything is new
