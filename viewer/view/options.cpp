@@ -5,6 +5,8 @@
 #include "viewer/view/option_table.h"
 #include "viewer/view/option_values.h"
 
+#include <span>
+
 namespace talview {
 namespace {
 
@@ -58,14 +60,9 @@ void checkPairs(const Options& options) {
     for (const Pair& pair : conflictsWithoutWindow) {
         bothGiven(pair) && !options.save.empty() && !options.hold ? throwConflict(pair) : void();
     }
-    for (const Pair& pair : holdNeeds) {
-        if (options.hold && options.has(pair.one) && !options.has(pair.other)) {
-            throw UsageError(utf8(pair.one) + " needs " + utf8(pair.other) + ": " + pair.why);
-        }
-    }
 }
 
-void checkNeeds(const Options& options) {
+void checkNeeds(const Options& options, std::span<const Pair> needs) {
     for (const Pair& pair : needs) {
         if (options.has(pair.one) && !options.has(pair.other)) {
             throw UsageError(utf8(pair.one) + " needs " + utf8(pair.other) + ": " + pair.why);
@@ -140,7 +137,10 @@ Options parseOptions(const std::vector<std::wstring>& arguments) {
         }
     }
     checkPairs(options);
-    checkNeeds(options);
+    checkNeeds(options, needs);
+    if (options.hold) {
+        checkNeeds(options, holdNeeds);
+    }
     checkValues(options);
     options.range |= !options.mask.empty();
     return options;
